@@ -1,0 +1,44 @@
+# One place for the compiler flags every target of ours shares, and the helpers
+# that make each source folder one library target with its own dependencies.
+
+add_library(glimpso_flags INTERFACE)
+add_library(glimpso::flags ALIAS glimpso_flags)
+target_compile_options(glimpso_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wno-missing-field-initializers)
+target_compile_definitions(glimpso_flags INTERFACE
+  QT_USE_QSTRINGBUILDER
+  GLIMPSO_VERSION="${PROJECT_VERSION}")
+if(GLIMPSO_SANITIZE)
+  target_compile_options(glimpso_flags INTERFACE
+    -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+  target_link_options(glimpso_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
+# glimpso_library(<name> SOURCES ... [PUBLIC ...] [PRIVATE ...])
+# Makes the static library glimpso_<name> with the alias glimpso::<name>.
+# Headers are included from the src/ root: #include "settings/AppSettings.h".
+function(glimpso_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  add_library(glimpso_${name} STATIC ${ARG_SOURCES})
+  add_library(glimpso::${name} ALIAS glimpso_${name})
+  target_include_directories(glimpso_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(glimpso_${name} PUBLIC ${ARG_PUBLIC} PRIVATE glimpso_flags ${ARG_PRIVATE})
+endfunction()
+
+# glimpso_test(<name> SOURCES ... LIBS ... [PLAIN])
+# A GoogleTest executable whose cases become ctest tests. Without PLAIN the test
+# gets a main that builds a QApplication on the offscreen platform, so widget and
+# painting code runs without a display; PLAIN uses GoogleTest's own main.
+function(glimpso_test name)
+  cmake_parse_arguments(ARG "PLAIN" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  if(ARG_PLAIN)
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} glimpso_flags GTest::gtest GTest::gmock GTest::gtest_main)
+  else()
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} glimpso_flags GTest::gtest GTest::gmock glimpso::testmain)
+  endif()
+  gtest_discover_tests(${name}
+    DISCOVERY_MODE PRE_TEST
+    DISCOVERY_TIMEOUT 60
+    PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen" LABELS unit)
+endfunction()

@@ -1,0 +1,10 @@
+# A .deb through CPack: cpack -G DEB in the build folder.
+set(CPACK_PACKAGE_NAME glimpso)
+set(CPACK_PACKAGE_VENDOR "tovarine")
+set(CPACK_PACKAGE_CONTACT "glimpso maintainers <glimpso@tovarine.com>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_STRIP_FILES ON)
+include(CPack)
