@@ -6,7 +6,7 @@ add_library(glimpso::flags ALIAS glimpso_flags)
 target_compile_options(glimpso_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wno-missing-field-initializers)
 target_compile_definitions(glimpso_flags INTERFACE
-  QT_USE_QSTRINGBUILDER
+  QT_USE_QSTRINGBUILDER QT_NO_KEYWORDS
   GLIMPSO_VERSION="${PROJECT_VERSION}")
 if(GLIMPSO_SANITIZE)
   target_compile_options(glimpso_flags INTERFACE

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "app/CommandRouter.h"
+#include "app/LaunchEnvironment.h"
+
+#include <QObject>
+
+#include <functional>
+#include <map>
+
+class AppSettings;
+class IniSettingsStorage;
+class InstanceChannel;
+class SingleInstance;
+
+// Builds the long-lived objects in their fixed order once the application runs,
+// and tears down what must go at the end. Owned by main for the life of the process.
+class AppDelegate : public QObject
+{
+    Q_OBJECT
+
+public:
+    using LaunchFeature = std::function<void(const LaunchEnvironment::Request &)>;
+
+    AppDelegate(AppSettings &settings, IniSettingsStorage &storage, SingleInstance &singleInstance,
+                InstanceChannel &channel, QObject *parent = nullptr);
+
+    void applicationDidFinishLaunching();
+    void applicationWillTerminate();
+
+    CommandRouter &commands() { return m_commands; }
+    // Subsystems that can be driven by an environment variable at launch add themselves here.
+    void addLaunchFeature(LaunchEnvironment::Feature feature, LaunchFeature run);
+
+private:
+    void registerCommands();
+    void startCommandChannel();
+    void runLaunchEnvironment();
+
+    AppSettings &m_settings;
+    IniSettingsStorage &m_storage;
+    SingleInstance &m_singleInstance;
+    InstanceChannel &m_channel;
+    CommandRouter m_commands;
+    std::map<LaunchEnvironment::Feature, LaunchFeature> m_launchFeatures;
+};

@@ -1,0 +1,84 @@
+#include "app/CommandLine.h"
+
+#include <array>
+
+namespace CommandLine {
+
+namespace {
+constexpr std::array kVerbs = {
+    Verb{"settings-path", "", "Print the path of the settings file", 0, 0, true},
+    Verb{"quit", "", "Quit the running copy of glimpso", 0, 0, false},
+};
+} // namespace
+
+std::span<const Verb> verbs()
+{
+    return kVerbs;
+}
+
+const Verb *findVerb(const QString &name)
+{
+    for (const Verb &verb : kVerbs) {
+        if (name == QLatin1String(verb.name))
+            return &verb;
+    }
+    return nullptr;
+}
+
+Invocation parse(const QStringList &arguments)
+{
+    if (arguments.isEmpty())
+        return {};
+    const QString first = arguments.first();
+    if (first == u"-h" || first == u"--help" || first == u"help")
+        return {Invocation::Kind::showHelp, {}, {}};
+    if (first == u"-v" || first == u"--version")
+        return {Invocation::Kind::showVersion, {}, {}};
+    const Verb *verb = findVerb(first);
+    if (!verb) {
+        const QString what = first.startsWith(u'-') ? QStringLiteral("unknown option") : QStringLiteral("unknown command");
+        return {Invocation::Kind::usageError, {}, QStringLiteral("glimpso: %1 '%2'").arg(what, first)};
+    }
+    const qsizetype count = arguments.size() - 1;
+    if (count < verb->minArguments || count > verb->maxArguments) {
+        QString expected = QLatin1String(verb->name);
+        if (*verb->arguments)
+            expected += u' ' + QLatin1String(verb->arguments);
+        return {Invocation::Kind::usageError, {}, QStringLiteral("glimpso: usage: glimpso %1").arg(expected)};
+    }
+    return {Invocation::Kind::sendVerb, arguments, {}};
+}
+
+QString usage()
+{
+    QString text = QStringLiteral(
+        "Usage: glimpso [COMMAND [ARGUMENTS]]\n"
+        "\n"
+        "Without a command, starts glimpso in the system tray; if it runs already,\n"
+        "the running copy stays in charge. A command is sent to the running copy,\n"
+        "which is started first when needed.\n"
+        "\n"
+        "Commands:\n");
+    for (const Verb &verb : kVerbs) {
+        QString left = QLatin1String(verb.name);
+        if (*verb.arguments)
+            left += u' ' + QLatin1String(verb.arguments);
+        text += QStringLiteral("  %1%2\n").arg(left.leftJustified(20), QLatin1String(verb.summary));
+    }
+    text += QStringLiteral(
+        "\n"
+        "Options:\n"
+        "  -h, --help          Show this help\n"
+        "  -v, --version       Show the version\n"
+        "\n"
+        "Environment: GLIMPSO_LOG=debug logs more; the log of a copy started by a\n"
+        "command goes to $XDG_STATE_HOME/glimpso/glimpso.log.\n");
+    return text;
+}
+
+QString versionText()
+{
+    return QStringLiteral("glimpso " GLIMPSO_VERSION);
+}
+
+} // namespace CommandLine

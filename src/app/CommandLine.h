@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <span>
+
+// The command line: `glimpso` starts the tray application; `glimpso VERB ...`
+// sends the verb to the running copy.
+namespace CommandLine {
+
+struct Verb {
+    const char *name;
+    const char *arguments;  // as shown in the usage, e.g. "N"
+    const char *summary;
+    int minArguments;
+    int maxArguments;
+    bool startsApplication; // start glimpso first when no copy runs
+};
+
+std::span<const Verb> verbs();
+const Verb *findVerb(const QString &name);
+
+struct Invocation {
+    enum class Kind { startApplication, sendVerb, showHelp, showVersion, usageError };
+    Kind kind = Kind::startApplication;
+    QStringList arguments; // the verb and its arguments
+    QString error;         // for usageError
+};
+
+Invocation parse(const QStringList &arguments); // without the program name
+QString usage();
+QString versionText();
+
+} // namespace CommandLine

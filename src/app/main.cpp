@@ -1,0 +1,128 @@
+#include "app/AppDelegate.h"
+#include "app/CommandClient.h"
+#include "app/CommandLine.h"
+#include "app/InstanceChannelLoader.h"
+#include "appbase/Logging.h"
+#include "appbase/SingleInstance.h"
+#include "platform/desktop/XdgAutostartLoginItem.h"
+#include "settings/AppSettings.h"
+#include "settings/IniSettingsStorage.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <cstdio>
+
+namespace {
+
+void print(FILE *stream, const QString &text)
+{
+    if (text.isEmpty())
+        return;
+    QByteArray bytes = text.toLocal8Bit();
+    if (!bytes.endsWith('\n'))
+        bytes += '\n';
+    std::fputs(bytes.constData(), stream);
+}
+
+QString stateFolder()
+{
+    QString base = qEnvironmentVariable("XDG_STATE_HOME");
+    if (base.isEmpty())
+        base = QDir::homePath() + QStringLiteral("/.local/state");
+    return base + QStringLiteral("/glimpso");
+}
+
+// A copy started by a command must not hold the command's output open, so its
+// log goes to a file of its own.
+bool startApplicationDetached()
+{
+    QDir().mkpath(stateFolder());
+    QProcess process;
+    process.setProgram(QCoreApplication::applicationFilePath());
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(stateFolder() + QStringLiteral("/glimpso.log"), QIODevice::Append);
+    process.setStandardErrorFile(stateFolder() + QStringLiteral("/glimpso.log"), QIODevice::Append);
+    return process.startDetached();
+}
+
+int sendVerb(int argc, char **argv, const QStringList &arguments)
+{
+    QCoreApplication app(argc, argv);
+    const CommandLine::Verb *verb = CommandLine::findVerb(arguments.first());
+    auto channel = InstanceChannelLoader::make();
+    CommandClient client(*channel, startApplicationDetached);
+    const CommandClient::Outcome outcome = client.run(*verb, arguments);
+    print(stdout, outcome.output);
+    print(stderr, outcome.error);
+    return outcome.exitCode;
+}
+
+bool hasDisplay()
+{
+    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+           !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+}
+
+int runApplication(int argc, char **argv)
+{
+    if (!hasDisplay()) {
+        print(stderr, QStringLiteral("glimpso: no desktop session to run in (neither DISPLAY nor WAYLAND_DISPLAY is set)"));
+        return 1;
+    }
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("glimpso"));
+    QApplication::setApplicationVersion(QStringLiteral(GLIMPSO_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("glimpso"));
+    // A tray utility: closing its last window does not end it.
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    auto channel = InstanceChannelLoader::make();
+    SingleInstance singleInstance(*channel, QCoreApplication::applicationPid(), [] { QCoreApplication::quit(); });
+    if (singleInstance.handOffToRunningCopy()) {
+        print(stderr, QStringLiteral("glimpso is already running"));
+        return 0;
+    }
+
+    IniSettingsStorage storage(IniSettingsStorage::defaultFilePath());
+    XdgAutostartLoginItem loginItem(XdgAutostartLoginItem::defaultEntryPath(),
+                                    XdgAutostartLoginItem::installedLauncherPath(),
+                                    QCoreApplication::applicationFilePath());
+    AppSettings settings(storage, loginItem);
+
+    AppDelegate delegate(settings, storage, singleInstance, *channel);
+    QObject::connect(&app, &QCoreApplication::aboutToQuit, &delegate, &AppDelegate::applicationWillTerminate);
+    delegate.applicationDidFinishLaunching();
+    return QApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    Logging::setUp();
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+
+    const CommandLine::Invocation invocation = CommandLine::parse(arguments);
+    switch (invocation.kind) {
+    case CommandLine::Invocation::Kind::showHelp:
+        print(stdout, CommandLine::usage());
+        return 0;
+    case CommandLine::Invocation::Kind::showVersion:
+        print(stdout, CommandLine::versionText());
+        return 0;
+    case CommandLine::Invocation::Kind::usageError:
+        print(stderr, invocation.error);
+        print(stderr, CommandLine::usage());
+        return 2;
+    case CommandLine::Invocation::Kind::sendVerb:
+        return sendVerb(argc, argv, invocation.arguments);
+    case CommandLine::Invocation::Kind::startApplication:
+        break;
+    }
+    return runApplication(argc, argv);
+}

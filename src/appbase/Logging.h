@@ -1,0 +1,8 @@
+#pragma once
+
+// Log lines go to standard error as "time level category: message", one
+// category per class ("glimpso.AppSettings"). Info and above by default;
+// GLIMPSO_LOG=debug, or Qt's own QT_LOGGING_RULES, turns on more.
+namespace Logging {
+void setUp();
+}
