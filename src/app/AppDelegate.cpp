@@ -4,8 +4,10 @@
 #include "settings/AppSettings.h"
 #include "settings/IniSettingsStorage.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QLoggingCategory>
+#include <QScreen>
+#include <QStringList>
 #include <QTimer>
 
 Q_LOGGING_CATEGORY(lcAppDelegate, "glimpso.AppDelegate", QtInfoMsg)
@@ -23,6 +25,7 @@ AppDelegate::AppDelegate(AppSettings &settings, IniSettingsStorage &storage, Sin
 void AppDelegate::applicationDidFinishLaunching()
 {
     qCInfo(lcAppDelegate) << "glimpso launched";
+    logDisplays();
 
     // Before anything else is built: a copy that is replaced must not have shown anything.
     m_singleInstance.claim();
@@ -33,6 +36,23 @@ void AppDelegate::applicationDidFinishLaunching()
 
     // The environment's features run once the launch turn is over.
     QTimer::singleShot(0, this, [this] { runLaunchEnvironment(); });
+}
+
+void AppDelegate::logDisplays() const
+{
+    // Problem reports start from what the desktop looked like.
+    QStringList displays;
+    for (const QScreen *screen : QGuiApplication::screens()) {
+        const QRect g = screen->geometry();
+        displays << QStringLiteral("%1 %2x%3+%4+%5@%6")
+                        .arg(screen->name())
+                        .arg(g.width())
+                        .arg(g.height())
+                        .arg(g.x())
+                        .arg(g.y())
+                        .arg(screen->devicePixelRatio());
+    }
+    qCInfo(lcAppDelegate, "%lld displays: %s", qlonglong(displays.size()), qUtf8Printable(displays.join(u", ")));
 }
 
 void AppDelegate::applicationWillTerminate()

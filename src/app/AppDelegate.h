@@ -33,6 +33,7 @@ public:
     void addLaunchFeature(LaunchEnvironment::Feature feature, LaunchFeature run);
 
 private:
+    void logDisplays() const;
     void registerCommands();
     void startCommandChannel();
     void runLaunchEnvironment();

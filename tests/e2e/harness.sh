@@ -1,0 +1,171 @@
+# End-to-end harness: a private desktop per test, and helpers to drive glimpso
+# as a person would. Sourced by every case in cases/; later cases reuse it.
+#
+#   e2e_setup [--size WxH] [--monitors "WxH+X+Y WxH+X+Y ..."]
+#       Xvfb on a free display (RandR monitors when asked), a private session
+#       bus, openbox, dunst, and a temporary HOME with its XDG folders.
+#   e2e_start_glimpso [args]      start the built glimpso, wait until it answers
+#   e2e_glimpso ARGS...           run the glimpso command line in this session
+#   wait_for "what" SECONDS CMD…  poll CMD until it succeeds, or fail with "what"
+#   wait_for_window NAME SECONDS  a visible window whose title matches NAME
+#   wait_for_file PATH SECONDS    a file that exists and is not empty
+#   send_keys KEY…                xdotool key, e.g. send_keys ctrl+shift+2
+#   drag X1 Y1 X2 Y2              press, move and release the left button
+#   clipboard [TYPE]              what the clipboard holds (xclip), default text
+#   e2e_fail MESSAGE              print the message and glimpso's log, exit 1
+#
+# Everything runs under a temporary folder that is removed at exit; on failure
+# glimpso's log and the other daemons' logs are printed first.
+
+set -euo pipefail
+
+GLIMPSO_BIN=${GLIMPSO_BIN:?GLIMPSO_BIN must name the built glimpso}
+E2E_DIR=$(mktemp -d "${TMPDIR:-/tmp}/glimpso-e2e.XXXXXX")
+E2E_PIDS=()
+E2E_CLEANUPS=()
+GLIMPSO_PID=""
+GLIMPSO_LOG=$E2E_DIR/glimpso.log
+
+e2e_log() { printf '[e2e %s] %s\n' "$(date +%T)" "$*" >&2; }
+
+e2e_dump_logs() {
+  local f
+  for f in "$E2E_DIR"/*.log; do
+    [ -s "$f" ] || continue
+    printf -- '----- %s -----\n' "$(basename "$f")" >&2
+    tail -n 80 "$f" >&2
+  done
+}
+
+e2e_fail() {
+  printf 'FAILED: %s\n' "$*" >&2
+  e2e_dump_logs
+  exit 1
+}
+
+e2e_teardown() {
+  local status=$?
+  [ $status -ne 0 ] && [ -z "${E2E_DUMPED:-}" ] && { E2E_DUMPED=1; e2e_dump_logs; }
+  local cleanup pid
+  for cleanup in "${E2E_CLEANUPS[@]}"; do eval "$cleanup" || true; done
+  [ -n "$GLIMPSO_PID" ] && kill "$GLIMPSO_PID" 2>/dev/null || true
+  for pid in "${E2E_PIDS[@]}"; do kill "$pid" 2>/dev/null || true; done
+  for pid in "${E2E_PIDS[@]}"; do wait "$pid" 2>/dev/null || true; done
+  rm -rf "$E2E_DIR"
+  exit $status
+}
+trap e2e_teardown EXIT
+
+# wait_for "what" SECONDS CMD...: polls every 0.1 s.
+wait_for() {
+  local what=$1 seconds=$2
+  shift 2
+  local deadline=$((SECONDS + seconds))
+  until "$@" >/dev/null 2>&1; do
+    [ $SECONDS -ge $deadline ] && e2e_fail "timed out after ${seconds}s waiting for $what"
+    sleep 0.1
+  done
+}
+
+bus_name_has_owner() {
+  dbus-send --session --print-reply --dest=org.freedesktop.DBus /org/freedesktop/DBus \
+    org.freedesktop.DBus.NameHasOwner "string:$1" 2>/dev/null | grep -q 'boolean true'
+}
+
+e2e_setup() {
+  local size=1280x800 monitors=""
+  while [ $# -gt 0 ]; do
+    case $1 in
+      --size) size=$2; shift 2 ;;
+      --monitors) monitors=$2; shift 2 ;;
+      *) e2e_fail "e2e_setup: unknown option $1" ;;
+    esac
+  done
+
+  export HOME=$E2E_DIR/home
+  export XDG_CONFIG_HOME=$HOME/.config XDG_DATA_HOME=$HOME/.local/share
+  export XDG_CACHE_HOME=$HOME/.cache XDG_STATE_HOME=$HOME/.local/state
+  export XDG_RUNTIME_DIR=$E2E_DIR/runtime
+  mkdir -p "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME" "$XDG_STATE_HOME" "$HOME/Pictures"
+  mkdir -m 700 -p "$XDG_RUNTIME_DIR"
+  unset WAYLAND_DISPLAY QT_QPA_PLATFORM SESSION_MANAGER
+  export LANG=C.UTF-8
+
+  # Xvfb picks a free display itself and writes its number.
+  Xvfb -displayfd 3 -screen 0 "${size}x24" -nolisten tcp +extension RANDR +extension MIT-SHM \
+    3>"$E2E_DIR/display" >"$E2E_DIR/xvfb.log" 2>&1 &
+  E2E_PIDS+=($!)
+  wait_for "Xvfb to choose a display" 20 test -s "$E2E_DIR/display"
+  export DISPLAY=":$(head -n1 "$E2E_DIR/display")"
+  wait_for "the X server at $DISPLAY" 20 xdpyinfo
+
+  if [ -n "$monitors" ]; then
+    local i=0 geometry w h x y
+    for geometry in $monitors; do
+      # WxH+X+Y -> RandR's W/mmwxH/mmh+X+Y, at about 96 dpi
+      IFS='x+' read -r w h x y <<<"$geometry"
+      xrandr --setmonitor "GLIMPSO-$i" "$w/$((w * 254 / 960))x$h/$((h * 254 / 960))+$x+$y" none
+      i=$((i + 1))
+    done
+    wait_for "$i RandR monitors" 10 bash -c "[ \"\$(xrandr --listmonitors | head -n1 | awk '{print \$2}')\" = $i ]"
+  fi
+
+  dbus-daemon --session --nofork --address="unix:path=$XDG_RUNTIME_DIR/bus" >"$E2E_DIR/dbus.log" 2>&1 &
+  E2E_PIDS+=($!)
+  export DBUS_SESSION_BUS_ADDRESS="unix:path=$XDG_RUNTIME_DIR/bus"
+  wait_for "the session bus" 20 dbus-send --session --print-reply --dest=org.freedesktop.DBus \
+    /org/freedesktop/DBus org.freedesktop.DBus.GetId
+
+  openbox --sm-disable >"$E2E_DIR/openbox.log" 2>&1 &
+  E2E_PIDS+=($!)
+  wait_for "the window manager" 20 bash -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"'
+
+  dunst >"$E2E_DIR/dunst.log" 2>&1 &
+  E2E_PIDS+=($!)
+  wait_for "the notification server" 20 bus_name_has_owner org.freedesktop.Notifications
+  e2e_log "desktop ready on $DISPLAY ($size${monitors:+, monitors $monitors})"
+}
+
+e2e_start_glimpso() {
+  "$GLIMPSO_BIN" "$@" >>"$GLIMPSO_LOG" 2>&1 &
+  GLIMPSO_PID=$!
+  wait_for "glimpso to answer on the session bus" 20 glimpso_running_and_listed
+  e2e_log "glimpso runs as process $GLIMPSO_PID"
+}
+
+glimpso_running_and_listed() {
+  kill -0 "$GLIMPSO_PID" 2>/dev/null || e2e_fail "glimpso exited during start-up"
+  if [ "${GLIMPSO_INSTANCE_CHANNEL:-}" = local ]; then
+    grep -q "answering on" "$GLIMPSO_LOG"
+  else
+    bus_name_has_owner com.tovarine.glimpso
+  fi
+}
+
+glimpso_alive() { [ -n "$GLIMPSO_PID" ] && kill -0 "$GLIMPSO_PID" 2>/dev/null; }
+glimpso_gone() { ! glimpso_alive; }
+
+# e2e_glimpso ARGS...: the command line; sets E2E_OUT, E2E_ERR, E2E_STATUS.
+e2e_glimpso() {
+  set +e
+  timeout 10 "$GLIMPSO_BIN" "$@" >"$E2E_DIR/out" 2>"$E2E_DIR/err"
+  E2E_STATUS=$?
+  set -e
+  E2E_OUT=$(cat "$E2E_DIR/out")
+  E2E_ERR=$(cat "$E2E_DIR/err")
+}
+
+expect_eq() { [ "$1" = "$2" ] || e2e_fail "${3:-value}: expected '$2', got '$1'"; }
+expect_contains() { grep -qF -- "$2" <<<"$1" || e2e_fail "${3:-text} does not contain '$2': $1"; }
+
+visible_windows_of() { xdotool search --onlyvisible --pid "$1" 2>/dev/null || true; }
+
+wait_for_window() { wait_for "a window named '$1'" "$2" xdotool search --onlyvisible --name "$1"; }
+wait_for_file() { wait_for "the file $1" "$2" test -s "$1"; }
+send_keys() { xdotool key --clearmodifiers "$@"; }
+drag() {
+  xdotool mousemove --sync "$1" "$2" mousedown 1
+  xdotool mousemove --sync "$(( ($1 + $3) / 2 ))" "$(( ($2 + $4) / 2 ))"
+  xdotool mousemove --sync "$3" "$4" mouseup 1
+}
+clipboard() { xclip -o -selection clipboard -t "${1:-UTF8_STRING}"; }
