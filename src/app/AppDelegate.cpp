@@ -52,7 +52,8 @@ void AppDelegate::logDisplays() const
                         .arg(g.y())
                         .arg(screen->devicePixelRatio());
     }
-    qCInfo(lcAppDelegate, "%lld displays: %s", qlonglong(displays.size()), qUtf8Printable(displays.join(u", ")));
+    qCInfo(lcAppDelegate, "%lld %s: %s", qlonglong(displays.size()), displays.size() == 1 ? "display" : "displays",
+           qUtf8Printable(displays.join(u", ")));
 }
 
 void AppDelegate::applicationWillTerminate()

@@ -50,6 +50,7 @@ bool startApplicationDetached()
 
 int sendVerb(int argc, char **argv, const QStringList &arguments)
 {
+    Logging::setUp(Logging::Audience::commandLine);
     QCoreApplication app(argc, argv);
     const CommandLine::Verb *verb = CommandLine::findVerb(arguments.first());
     auto channel = InstanceChannelLoader::make();
@@ -68,6 +69,7 @@ bool hasDisplay()
 
 int runApplication(int argc, char **argv)
 {
+    Logging::setUp();
     if (!hasDisplay()) {
         print(stderr, QStringLiteral("glimpso: no desktop session to run in (neither DISPLAY nor WAYLAND_DISPLAY is set)"));
         return 1;
@@ -102,7 +104,6 @@ int runApplication(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    Logging::setUp();
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);

@@ -5,7 +5,7 @@
 
 namespace Logging {
 
-void setUp()
+void setUp(Audience audience)
 {
     qSetMessagePattern(QStringLiteral(
         "%{time hh:mm:ss.zzz} %{if-debug}debug%{endif}%{if-info}info%{endif}%{if-warning}warning%{endif}"
@@ -13,7 +13,7 @@ void setUp()
     const QByteArray level = qgetenv("GLIMPSO_LOG").trimmed().toLower();
     if (level == "debug")
         QLoggingCategory::setFilterRules(QStringLiteral("glimpso.*.debug=true"));
-    else if (level == "quiet" || level == "warning")
+    else if (level == "quiet" || level == "warning" || audience == Audience::commandLine)
         QLoggingCategory::setFilterRules(QStringLiteral("glimpso.*.info=false"));
 }
 

@@ -1,8 +1,8 @@
 # End-to-end harness: a private desktop per test, and helpers to drive glimpso
 # as a person would. Sourced by every case in cases/; later cases reuse it.
 #
-#   e2e_setup [--size WxH] [--monitors "WxH+X+Y WxH+X+Y ..."]
-#       Xvfb on a free display (RandR monitors when asked), a private session
+#   e2e_setup [--size WxH]
+#       Xvfb on a free display, a private session
 #       bus, openbox, dunst, and a temporary HOME with its XDG folders.
 #   e2e_start_glimpso [args]      start the built glimpso, wait until it answers
 #   e2e_glimpso ARGS...           run the glimpso command line in this session
@@ -12,6 +12,7 @@
 #   send_keys KEY…                xdotool key, e.g. send_keys ctrl+shift+2
 #   drag X1 Y1 X2 Y2              press, move and release the left button
 #   clipboard [TYPE]              what the clipboard holds (xclip), default text
+#   last_line TEXT                the last line of TEXT
 #   e2e_fail MESSAGE              print the message and glimpso's log, exit 1
 #
 # Everything runs under a temporary folder that is removed at exit; on failure
@@ -73,11 +74,10 @@ bus_name_has_owner() {
 }
 
 e2e_setup() {
-  local size=1280x800 monitors=""
+  local size=1280x800
   while [ $# -gt 0 ]; do
     case $1 in
       --size) size=$2; shift 2 ;;
-      --monitors) monitors=$2; shift 2 ;;
       *) e2e_fail "e2e_setup: unknown option $1" ;;
     esac
   done
@@ -99,17 +99,6 @@ e2e_setup() {
   export DISPLAY=":$(head -n1 "$E2E_DIR/display")"
   wait_for "the X server at $DISPLAY" 20 xdpyinfo
 
-  if [ -n "$monitors" ]; then
-    local i=0 geometry w h x y
-    for geometry in $monitors; do
-      # WxH+X+Y -> RandR's W/mmwxH/mmh+X+Y, at about 96 dpi
-      IFS='x+' read -r w h x y <<<"$geometry"
-      xrandr --setmonitor "GLIMPSO-$i" "$w/$((w * 254 / 960))x$h/$((h * 254 / 960))+$x+$y" none
-      i=$((i + 1))
-    done
-    wait_for "$i RandR monitors" 10 bash -c "[ \"\$(xrandr --listmonitors | head -n1 | awk '{print \$2}')\" = $i ]"
-  fi
-
   dbus-daemon --session --nofork --address="unix:path=$XDG_RUNTIME_DIR/bus" >"$E2E_DIR/dbus.log" 2>&1 &
   E2E_PIDS+=($!)
   export DBUS_SESSION_BUS_ADDRESS="unix:path=$XDG_RUNTIME_DIR/bus"
@@ -123,7 +112,7 @@ e2e_setup() {
   dunst >"$E2E_DIR/dunst.log" 2>&1 &
   E2E_PIDS+=($!)
   wait_for "the notification server" 20 bus_name_has_owner org.freedesktop.Notifications
-  e2e_log "desktop ready on $DISPLAY ($size${monitors:+, monitors $monitors})"
+  e2e_log "desktop ready on $DISPLAY ($size)"
 }
 
 e2e_start_glimpso() {
@@ -155,6 +144,7 @@ e2e_glimpso() {
   E2E_ERR=$(cat "$E2E_DIR/err")
 }
 
+last_line() { tail -n1 <<<"$1"; }
 expect_eq() { [ "$1" = "$2" ] || e2e_fail "${3:-value}: expected '$2', got '$1'"; }
 expect_contains() { grep -qF -- "$2" <<<"$1" || e2e_fail "${3:-text} does not contain '$2': $1"; }
 

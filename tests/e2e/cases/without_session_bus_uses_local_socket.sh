@@ -11,7 +11,7 @@ wait_for "glimpso to listen on its socket" 20 grep -q "answering on .*glimpso-.*
 
 e2e_glimpso
 expect_eq "$E2E_STATUS" 0 "second copy"
-expect_eq "$E2E_ERR" "glimpso is already running" "second copy's answer"
+expect_eq "$(last_line "$E2E_ERR")" "glimpso is already running" "second copy's answer"
 e2e_glimpso settings-path
 expect_eq "$E2E_STATUS" 0 "settings-path over the socket"
 expect_eq "$E2E_OUT" "$XDG_CONFIG_HOME/glimpso/glimpso.conf" "settings path"
