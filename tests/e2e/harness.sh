@@ -95,7 +95,9 @@ e2e_setup() {
   Xvfb -displayfd 3 -screen 0 "${size}x24" -nolisten tcp +extension RANDR +extension MIT-SHM \
     3>"$E2E_DIR/display" >"$E2E_DIR/xvfb.log" 2>&1 &
   E2E_PIDS+=($!)
-  wait_for "Xvfb to choose a display" 20 test -s "$E2E_DIR/display"
+  # Only a whole line counts: a display number read half-written would point
+  # at another test's server.
+  wait_for "Xvfb to choose a display" 20 bash -c "[ \$(wc -l <'$E2E_DIR/display') -ge 1 ]"
   export DISPLAY=":$(head -n1 "$E2E_DIR/display")"
   wait_for "the X server at $DISPLAY" 20 xdpyinfo
 

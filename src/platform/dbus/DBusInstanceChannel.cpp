@@ -5,16 +5,31 @@
 #include "platform/dbus/DBusSignalRelay.h"
 
 #include <QDBusConnectionInterface>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QLoggingCategory>
 
 Q_LOGGING_CATEGORY(lcDBusInstance, "glimpso.DBusInstanceChannel", QtInfoMsg)
 
+namespace {
+
+// The bus interface object of QtDBus queues signals carrying these types
+// across threads; unregistered, a short-lived command-line client may log
+// "invalid type" warnings on its way out.
+void registerQueuedTypes()
+{
+    qRegisterMetaType<QDBusError>();
+    qRegisterMetaType<QDBusMessage>();
+}
+
+} // namespace
+
 DBusInstanceChannel::DBusInstanceChannel(QDBusConnection connection)
     : m_connection(std::move(connection))
     , m_relay(std::make_unique<DBusSignalRelay>())
 {
+    registerQueuedTypes();
 }
 
 DBusInstanceChannel::~DBusInstanceChannel()
@@ -24,6 +39,7 @@ DBusInstanceChannel::~DBusInstanceChannel()
 
 bool DBusInstanceChannel::sessionBusAvailable()
 {
+    registerQueuedTypes();
     return QDBusConnection::sessionBus().isConnected();
 }
 
