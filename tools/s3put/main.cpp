@@ -10,6 +10,7 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QLoggingCategory>
 #include <QMimeDatabase>
 
 #include <cstdio>
@@ -53,8 +54,11 @@ int main(int argc, char **argv)
         {"content-type", "Content type (default: guessed from the file).", "TYPE"},
         {"file", "The file to upload.", "FILE"},
         {"key", "Object key (default: the file's name).", "KEY"},
+        {"verbose", "Log each request on stderr."},
     });
     parser.process(app);
+    if (!parser.isSet("verbose"))
+        QLoggingCategory::setFilterRules(QStringLiteral("glimpso.*.info=false"));
     for (const char *required : {"endpoint", "region", "bucket", "access-key", "secret-key", "file"})
         if (!parser.isSet(required))
             return usage(QStringLiteral("--%1 is required").arg(required));
