@@ -419,3 +419,13 @@ TEST_F(S3CompatibleProviderTest, TakesTheDisplayNameFromTheConfig)
     config.displayName = "Cloudflare R2";
     EXPECT_EQ(provider(config).displayName(), "Cloudflare R2");
 }
+
+TEST_F(S3CompatibleProviderTest, SignsEachRequestWithTheClocksDate)
+{
+    auto s3 = provider();
+    s3.setClock([] { return QDateTime(QDate(2026, 11, 23), QTime(1, 2, 3), Qt::UTC); });
+    s3.upload("x", "k", "text/plain");
+    const auto &request = transport->sent.front().request;
+    EXPECT_EQ(request.header("x-amz-date"), "20261123T010203Z");
+    EXPECT_TRUE(request.header("Authorization").contains("/20261123/us-east-1/s3/aws4_request,"));
+}

@@ -9,6 +9,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
 #include <QMimeDatabase>
@@ -54,6 +55,7 @@ int main(int argc, char **argv)
         {"content-type", "Content type (default: guessed from the file).", "TYPE"},
         {"file", "The file to upload.", "FILE"},
         {"key", "Object key (default: the file's name).", "KEY"},
+        {"in-memory", "Read the file into memory and upload the bytes, signed with their hash."},
         {"verbose", "Log each request on stderr."},
     });
     parser.process(app);
@@ -96,7 +98,15 @@ int main(int argc, char **argv)
                                     ? parser.value("content-type")
                                     : QMimeDatabase().mimeTypeForFile(file).name();
     try {
-        const UploadResult result = provider.uploadFile(file, key, contentType);
+        UploadResult result;
+        if (parser.isSet("in-memory")) {
+            QFile in(file);
+            if (!in.open(QIODevice::ReadOnly))
+                return failed(in.errorString());
+            result = provider.upload(in.readAll(), key, contentType);
+        } else {
+            result = provider.uploadFile(file, key, contentType);
+        }
         std::printf("%s\n", result.url.toEncoded().constData());
         return 0;
     } catch (const UploadFailed &error) {

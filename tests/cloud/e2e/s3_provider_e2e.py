@@ -161,6 +161,25 @@ class S3ProviderAgainstSwift(unittest.TestCase):
         self.assertEqual(result.stdout.strip(), f"{ENDPOINT}/{BUCKET}/small/one.bin")
         self.assert_stored("small/one.bin", digest, 1024)
 
+    def test_uploads_bytes_from_memory_signed_with_their_hash(self):
+        path = os.path.join(WORK, "upload-test.txt")
+        with open(path, "wb") as f:
+            f.write(b"glimpso upload test\n")
+        result = s3put(path, "glimpso-test-a1B2c3.txt",
+                       extra=["--in-memory", "--content-type", "text/plain"])
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assert_stored("glimpso-test-a1B2c3.txt",
+                           hashlib.sha256(b"glimpso upload test\n").hexdigest(), 20)
+        head = self.s3.head_object(Bucket=BUCKET, Key="glimpso-test-a1B2c3.txt")
+        self.assertEqual(head["ContentType"], "text/plain")
+
+    def test_puts_the_object_under_the_key_prefix(self):
+        path, digest = make_file("upload-prefixed", 2048)
+        result = s3put(path, "p.bin", extra=["--key-prefix", " /team shots/ "])
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual(result.stdout.strip(), f"{ENDPOINT}/{BUCKET}/team%20shots/p.bin")
+        self.assert_stored("team shots/p.bin", digest, 2048)
+
     def test_sends_exactly_the_threshold_as_one_put(self):
         path, digest = make_file("upload-100m", THRESHOLD)
         result = s3put(path, "big/exact.bin")
