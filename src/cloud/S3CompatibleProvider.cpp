@@ -268,10 +268,11 @@ void S3CompatibleProvider::check(const HttpResponse &response)
     // A cut through a multi-byte character makes the excerpt undecodable,
     // and then the message is empty rather than garbled.
     const QString excerpt = decodeUtf8(response.body.left(kErrorExcerptBytes)).value_or(QString());
+    const QString openTag = QStringLiteral("<Message>");
     QString message = excerpt;
-    const qsizetype open = excerpt.indexOf(u"<Message>");
+    const qsizetype open = excerpt.indexOf(openTag);
     if (open >= 0) {
-        const qsizetype start = open + qsizetype(std::char_traits<char16_t>::length(u"<Message>"));
+        const qsizetype start = open + openTag.size();
         const qsizetype close = excerpt.indexOf(u"</Message>", start);
         if (close >= 0)
             message = excerpt.mid(start, close - start);
