@@ -2,13 +2,17 @@
 
 #include "cloud/TransportError.h"
 
+#include <QEventLoop>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryFile>
+#include <QThread>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 
 using namespace glimpso::cloud;
 
@@ -203,4 +207,24 @@ TEST(NetworkTransport, FailsWhenTheFileCannotBeOpened)
     EXPECT_THROW(transport.sendFile(requestTo(QUrl("http://127.0.0.1:1/b/k"), "PUT"),
                                     "/nonexistent/glimpso/file"),
                  TransportError);
+}
+
+TEST(NetworkTransport, WorksOnAThreadOfItsOwn)
+{
+    // The way the upload service runs an upload: off the main thread, which
+    // stays free (here it serves the scripted server).
+    ScriptedServer server;
+    HttpResponse response;
+    std::unique_ptr<QThread> worker(QThread::create([&] {
+        NetworkTransport transport;
+        response = transport.send(requestTo(server.url("/b/k"), "PUT"), "x");
+    }));
+    QEventLoop loop;
+    QObject::connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit);
+    QTimer::singleShot(30'000, &loop, &QEventLoop::quit);   // hang guard only
+    worker->start();
+    loop.exec();
+    ASSERT_TRUE(worker->wait(1000));
+    EXPECT_EQ(response.status, 200);
+    EXPECT_EQ(server.requests.size(), 1);
 }
