@@ -9,6 +9,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
@@ -55,6 +56,7 @@ int main(int argc, char **argv)
         {"content-type", "Content type (default: guessed from the file).", "TYPE"},
         {"file", "The file to upload.", "FILE"},
         {"key", "Object key (default: the file's name).", "KEY"},
+        {"clock-offset", "Sign as if the clock were this many seconds ahead (for tests).", "SECONDS"},
         {"in-memory", "Read the file into memory and upload the bytes, signed with their hash."},
         {"verbose", "Log each request on stderr."},
     });
@@ -90,6 +92,14 @@ int main(int argc, char **argv)
         if (!ok || threshold < 0)
             return usage(QStringLiteral("--multipart-threshold must be a byte count"));
         provider.setMultipartThreshold(threshold);
+    }
+
+    if (parser.isSet("clock-offset")) {
+        bool ok = false;
+        const qint64 offset = parser.value("clock-offset").toLongLong(&ok);
+        if (!ok)
+            return usage(QStringLiteral("--clock-offset must be a number of seconds"));
+        provider.setClock([offset] { return QDateTime::currentDateTimeUtc().addSecs(offset); });
     }
 
     const QString file = parser.value("file");

@@ -222,6 +222,14 @@ class S3ProviderAgainstSwift(unittest.TestCase):
         with self.assertRaises(ClientError):
             self.s3.head_object(Bucket=BUCKET, Key="wrong/secret.bin")
 
+    def test_is_refused_when_the_signing_clock_is_twenty_minutes_off(self):
+        path, _ = make_file("upload-skew", 1024)
+        result = s3put(path, "skew.bin", extra=["--clock-offset", "1200"])
+        self.assertEqual(result.returncode, 1)
+        self.assertTrue(last_line(result.stderr).startswith("HTTP 403: "), result.stderr)
+        with self.assertRaises(ClientError):
+            self.s3.head_object(Bucket=BUCKET, Key="skew.bin")
+
     def test_times_out_when_the_server_stops_answering(self):
         path, _ = make_file("upload-silent", 1024)
         with Relay(lambda method, target: "silent") as relay:
