@@ -37,6 +37,9 @@ QByteArray trimBlanks(const QByteArray &value)
 QByteArray hostWithPort(const QUrl &url)
 {
     QByteArray host = url.host(QUrl::FullyEncoded).toUtf8();
+    // An IPv6 address keeps its brackets, as on the wire.
+    if (host.contains(':'))
+        host = '[' + host + ']';
     // Only a port the URL names is written; nothing is assumed for the scheme.
     if (url.port() != -1)
         host += ':' + QByteArray::number(url.port());

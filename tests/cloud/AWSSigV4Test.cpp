@@ -83,6 +83,13 @@ TEST(AWSSigV4, AddsHostWithoutPortWhenTheUrlNamesNone)
     EXPECT_EQ(request.header("Host"), "s3.example.com");
 }
 
+TEST(AWSSigV4, WritesAnIpv6HostInBrackets)
+{
+    HttpRequest request = requestFor("http://[::1]:9000/bucket/key");
+    s3Signer().sign(request, "UNSIGNED-PAYLOAD", kDate);
+    EXPECT_EQ(request.header("Host"), "[::1]:9000");
+}
+
 TEST(AWSSigV4, KeepsALowerCaseHostAndAddsNoOther)
 {
     HttpRequest request = requestFor("http://127.0.0.1:9000/bucket/key");
