@@ -1,11 +1,9 @@
 #include "cloud/AWSSigV4.h"
 
 #include <QUrlQuery>
-
+#include <algorithm>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
-
-#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -16,7 +14,8 @@ namespace {
 const QByteArray kAlgorithm = "AWS4-HMAC-SHA256";
 
 // One encoded query item during canonicalisation.
-struct Pair {
+struct Pair
+{
     QByteArray k;
     QByteArray v;
 };
@@ -65,14 +64,14 @@ void AWSSigV4::sign(HttpRequest &request, const QByteArray &payloadHash, const Q
         return;
     const QByteArray stamp = amzDate(date);
     if (!request.hasHeader("Host"))
-        request.headers.append({"Host", hostWithPort(request.url)});
+        request.headers.append({ "Host", hostWithPort(request.url) });
     request.setHeader("x-amz-date", stamp);
     request.setHeader("x-amz-content-sha256", payloadHash);
     authorize(request, payloadHash, stamp);
 }
 
-AWSSigV4::Signature AWSSigV4::authorize(HttpRequest &request, const QByteArray &payloadHash,
-                                        const QByteArray &amzDate) const
+AWSSigV4::Signature AWSSigV4::authorize(
+    HttpRequest &request, const QByteArray &payloadHash, const QByteArray &amzDate) const
 {
     const QByteArray dateStamp = amzDate.left(8);
 
@@ -81,8 +80,8 @@ AWSSigV4::Signature AWSSigV4::authorize(HttpRequest &request, const QByteArray &
         canonical.emplace_back(field.name.toLower(), trimBlanks(field.value));
     // Byte order of the lower-cased names; a stable sort keeps equal names in
     // the order they were set.
-    std::stable_sort(canonical.begin(), canonical.end(),
-                     [](const auto &a, const auto &b) { return a.first < b.first; });
+    std::stable_sort(
+        canonical.begin(), canonical.end(), [](const auto &a, const auto &b) { return a.first < b.first; });
 
     std::vector<QByteArray> names;
     QByteArray canonicalHeaders;
@@ -94,14 +93,12 @@ AWSSigV4::Signature AWSSigV4::authorize(HttpRequest &request, const QByteArray &
 
     const QByteArray method = request.method.isEmpty() ? QByteArray("GET") : request.method;
     Signature result;
-    result.canonicalRequest = joined({method, canonicalPath(request.url), canonicalQuery(request.url),
-                                      canonicalHeaders, signedHeaders, payloadHash},
-                                     '\n');
+    result.canonicalRequest = joined({ method, canonicalPath(request.url), canonicalQuery(request.url),
+                                         canonicalHeaders, signedHeaders, payloadHash },
+        '\n');
 
-    const QByteArray scope =
-        dateStamp + '/' + region.toUtf8() + '/' + service.toUtf8() + "/aws4_request";
-    result.stringToSign =
-        joined({kAlgorithm, amzDate, scope, sha256Hex(result.canonicalRequest)}, '\n');
+    const QByteArray scope = dateStamp + '/' + region.toUtf8() + '/' + service.toUtf8() + "/aws4_request";
+    result.stringToSign = joined({ kAlgorithm, amzDate, scope, sha256Hex(result.canonicalRequest) }, '\n');
 
     QByteArray key = hmac("AWS4" + secretAccessKey.toUtf8(), dateStamp);
     key = hmac(key, region.toUtf8());
@@ -109,8 +106,8 @@ AWSSigV4::Signature AWSSigV4::authorize(HttpRequest &request, const QByteArray &
     key = hmac(key, "aws4_request");
     const QByteArray signature = hex(hmac(key, result.stringToSign));
 
-    result.authorization = kAlgorithm + " Credential=" + accessKeyID.toUtf8() + '/' + scope +
-                           ", SignedHeaders=" + signedHeaders + ", Signature=" + signature;
+    result.authorization = kAlgorithm + " Credential=" + accessKeyID.toUtf8() + '/' + scope
+        + ", SignedHeaders=" + signedHeaders + ", Signature=" + signature;
     request.setHeader("Authorization", result.authorization);
     return result;
 }
@@ -142,14 +139,13 @@ QByteArray AWSSigV4::canonicalQuery(const QUrl &url)
     std::vector<Pair> pairs;
     pairs.reserve(items.size());
     for (const auto &[name, value] : items)
-        pairs.push_back({percentEncode(name), percentEncode(value)});
-    std::sort(pairs.begin(), pairs.end(), [](const Pair &a, const Pair &b) {
-        return a.k != b.k ? a.k < b.k : a.v < b.v;
-    });
+        pairs.push_back({ percentEncode(name), percentEncode(value) });
+    std::sort(pairs.begin(), pairs.end(),
+        [](const Pair &a, const Pair &b) { return a.k != b.k ? a.k < b.k : a.v < b.v; });
 
     std::vector<QByteArray> joinedPairs;
     for (const Pair &pair : pairs)
-        joinedPairs.push_back(pair.k + '=' + pair.v);   // "uploads" keeps its "="
+        joinedPairs.push_back(pair.k + '=' + pair.v); // "uploads" keeps its "="
     return joined(joinedPairs, '&');
 }
 
@@ -158,8 +154,7 @@ QByteArray AWSSigV4::hmac(const QByteArray &key, const QByteArray &data)
     unsigned char out[EVP_MAX_MD_SIZE];
     unsigned int length = 0;
     HMAC(EVP_sha256(), key.constData(), int(key.size()),
-         reinterpret_cast<const unsigned char *>(data.constData()), std::size_t(data.size()), out,
-         &length);
+        reinterpret_cast<const unsigned char *>(data.constData()), std::size_t(data.size()), out, &length);
     return QByteArray(reinterpret_cast<const char *>(out), qsizetype(length));
 }
 

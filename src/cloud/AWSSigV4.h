@@ -17,14 +17,16 @@ namespace glimpso::cloud {
 // inside a header value are not collapsed, and every header the request
 // carries at signing time is signed, with no list of exclusions. Hence the
 // caller signs last, after setting every header it wants covered.
-struct AWSSigV4 {
+struct AWSSigV4
+{
     QString accessKeyID;
     QString secretAccessKey;
     QString region;
     QString service;
 
     // The texts the signature is built from, for tools and tests to inspect.
-    struct Signature {
+    struct Signature
+    {
         QByteArray canonicalRequest;
         QByteArray stringToSign;
         QByteArray authorization;
@@ -40,8 +42,7 @@ struct AWSSigV4 {
     // The signing proper over the headers the request already carries: it
     // adds only "Authorization". `sign` ends with it; the signing test suite,
     // whose requests bring their own date header, calls it directly.
-    Signature authorize(HttpRequest &request, const QByteArray &payloadHash,
-                        const QByteArray &amzDate) const;
+    Signature authorize(HttpRequest &request, const QByteArray &payloadHash, const QByteArray &amzDate) const;
 
     // "yyyyMMddTHHmmssZ" in UTC.
     static QByteArray amzDate(const QDateTime &date);

@@ -35,7 +35,7 @@ void HttpRequest::setHeader(const QByteArray &name, const QByteArray &value)
             return;
         }
     }
-    headers.append({name, value});
+    headers.append({ name, value });
 }
 
 void HttpRequest::addHeader(const QByteArray &name, const QByteArray &value)
@@ -46,7 +46,7 @@ void HttpRequest::addHeader(const QByteArray &name, const QByteArray &value)
             return;
         }
     }
-    headers.append({name, value});
+    headers.append({ name, value });
 }
 
 } // namespace glimpso::cloud

@@ -7,7 +7,8 @@
 namespace glimpso::cloud {
 
 // One header as it will go on the wire: the name keeps the case it was given.
-struct HeaderField {
+struct HeaderField
+{
     QByteArray name;
     QByteArray value;
 };
@@ -16,7 +17,8 @@ struct HeaderField {
 // reads and extends its headers, the transport sends them as they stand.
 // Header names are matched without regard to case, as HTTP does, but each
 // field keeps the spelling it was set with.
-struct HttpRequest {
+struct HttpRequest
+{
     QByteArray method;
     QUrl url;
     QList<HeaderField> headers;

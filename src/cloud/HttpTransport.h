@@ -8,7 +8,8 @@
 namespace glimpso::cloud {
 
 // What the provider needs to know of an answer.
-struct HttpResponse {
+struct HttpResponse
+{
     // False when the answer was not HTTP at all (no status line).
     bool isHttp = true;
     int status = 0;
@@ -20,7 +21,8 @@ struct HttpResponse {
 // Sends one request and waits for its answer. Headers go out exactly as the
 // request holds them, since they are signed. Failures below HTTP are thrown
 // as TransportError; any HTTP status, error or not, is a response.
-class HttpTransport {
+class HttpTransport
+{
 public:
     virtual ~HttpTransport() = default;
     virtual HttpResponse send(const HttpRequest &request, const QByteArray &body) = 0;

@@ -14,7 +14,8 @@ namespace {
 
 const QString kTimedOutText = QStringLiteral("The request timed out.");
 
-struct ReplyDeleter {
+struct ReplyDeleter
+{
     void operator()(QNetworkReply *reply) const { reply->deleteLater(); }
 };
 
@@ -29,14 +30,16 @@ void waitForFinished(QNetworkReply *reply)
 
 } // namespace
 
-NetworkTransport::NetworkTransport(int timeoutMs) : m_timeoutMs(timeoutMs) {}
+NetworkTransport::NetworkTransport(int timeoutMs)
+    : m_timeoutMs(timeoutMs)
+{ }
 
 NetworkTransport::~NetworkTransport() = default;
 
 HttpResponse NetworkTransport::send(const HttpRequest &request, const QByteArray &body)
 {
     QBuffer buffer;
-    buffer.setData(body);   // shares the bytes, no copy
+    buffer.setData(body); // shares the bytes, no copy
     buffer.open(QIODevice::ReadOnly);
     return run(request, &buffer);
 }
@@ -74,7 +77,7 @@ HttpResponse NetworkTransport::run(const HttpRequest &request, QIODevice *body)
     if (!status.isValid()) {
         switch (reply->error()) {
         case QNetworkReply::NoError:
-            return HttpResponse{.isHttp = false};
+            return HttpResponse { .isHttp = false };
         // The transfer time-out is the only thing that cancels our replies.
         case QNetworkReply::OperationCanceledError:
         case QNetworkReply::TimeoutError:

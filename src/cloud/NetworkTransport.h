@@ -3,7 +3,6 @@
 #include "cloud/HttpTransport.h"
 
 #include <QNetworkRequest>
-
 #include <memory>
 
 class QIODevice;
@@ -17,7 +16,8 @@ namespace glimpso::cloud {
 //
 // The time-out is a transfer time-out: a request fails once no byte has
 // moved for that long, so a large part that keeps making progress is fine.
-class NetworkTransport : public HttpTransport {
+class NetworkTransport : public HttpTransport
+{
 public:
     static constexpr int kDefaultTimeoutMs = 60'000;
 

@@ -31,22 +31,20 @@ std::optional<QString> decodeUtf8(const QByteArray &bytes)
 
 QByteArray partEntry(std::size_t number, const QByteArray &etag)
 {
-    return "<Part><PartNumber>" + QByteArray::number(qulonglong(number)) + "</PartNumber><ETag>" +
-           etag + "</ETag></Part>";
+    return "<Part><PartNumber>" + QByteArray::number(qulonglong(number)) + "</PartNumber><ETag>" + etag
+        + "</ETag></Part>";
 }
 
 } // namespace
 
 S3CompatibleProvider::S3CompatibleProvider(Config config, std::shared_ptr<HttpTransport> transport)
-    : m_config(std::move(config)),
-      m_transport(transport ? std::move(transport)
-                            : std::make_shared<NetworkTransport>(kRequestTimeoutMs)),
-      m_clock([] { return QDateTime::currentDateTimeUtc(); })
-{
-}
+    : m_config(std::move(config))
+    , m_transport(transport ? std::move(transport) : std::make_shared<NetworkTransport>(kRequestTimeoutMs))
+    , m_clock([] { return QDateTime::currentDateTimeUtc(); })
+{ }
 
-UploadResult S3CompatibleProvider::upload(const QByteArray &data, const QString &key,
-                                          const QString &contentType)
+UploadResult S3CompatibleProvider::upload(
+    const QByteArray &data, const QString &key, const QString &contentType)
 {
     const QString fullKey = join(m_config.keyPrefix, key);
     const QUrl url = objectURL(fullKey);
@@ -61,13 +59,13 @@ UploadResult S3CompatibleProvider::upload(const QByteArray &data, const QString 
     const HttpResponse response = m_transport->send(request, data);
     if (response.isHttp && (response.status < 200 || response.status > 299))
         qCCritical(lcUpload, "upload failed: HTTP %d %s", response.status,
-                   qUtf8Printable(QString::fromUtf8(response.body.left(kErrorExcerptBytes))));
+            qUtf8Printable(QString::fromUtf8(response.body.left(kErrorExcerptBytes))));
     check(response);
-    return {publicURL(fullKey, url), fullKey};
+    return { publicURL(fullKey, url), fullKey };
 }
 
-UploadResult S3CompatibleProvider::uploadFile(const QString &filePath, const QString &key,
-                                              const QString &contentType)
+UploadResult S3CompatibleProvider::uploadFile(
+    const QString &filePath, const QString &key, const QString &contentType)
 {
     const QString fullKey = join(m_config.keyPrefix, key);
     const QUrl url = objectURL(fullKey);
@@ -86,14 +84,13 @@ UploadResult S3CompatibleProvider::uploadFile(const QString &filePath, const QSt
 
     qCInfo(lcUpload, "PUT file %s (%lld bytes)", qUtf8Printable(url.toString()), qlonglong(size));
     check(m_transport->sendFile(request, filePath));
-    return {publicURL(fullKey, url), fullKey};
+    return { publicURL(fullKey, url), fullKey };
 }
 
 UploadResult S3CompatibleProvider::multipartUpload(const QString &filePath, qint64 size,
-                                                   const QUrl &objectURL, const QString &fullKey,
-                                                   const QString &contentType)
+    const QUrl &objectURL, const QString &fullKey, const QString &contentType)
 {
-    HttpRequest create = objectRequest("POST", withQuery(objectURL, {{QStringLiteral("uploads"), {}}}));
+    HttpRequest create = objectRequest("POST", withQuery(objectURL, { { QStringLiteral("uploads"), {} } }));
     create.setHeader("Content-Type", contentType.toUtf8());
     create.setHeader("Cache-Control", kCacheControl);
     const HttpResponse created = sendSigned(create, {}, AWSSigV4::sha256Hex({}));
@@ -113,11 +110,11 @@ UploadResult S3CompatibleProvider::multipartUpload(const QString &filePath, qint
         abortUpload(objectURL, *uploadId);
         throw;
     }
-    return {publicURL(fullKey, objectURL), fullKey};
+    return { publicURL(fullKey, objectURL), fullKey };
 }
 
-void S3CompatibleProvider::uploadParts(const QString &filePath, const QUrl &objectURL,
-                                       const QString &uploadId, std::vector<QByteArray> &etags)
+void S3CompatibleProvider::uploadParts(
+    const QString &filePath, const QUrl &objectURL, const QString &uploadId, std::vector<QByteArray> &etags)
 {
     QFile file(filePath);
     if (!file.open(QIODevice::ReadOnly))
@@ -129,8 +126,9 @@ void S3CompatibleProvider::uploadParts(const QString &filePath, const QUrl &obje
         const QByteArray part = file.read(kPartSize);
         if (part.isEmpty())
             break;
-        const QUrl url = withQuery(objectURL, {{QStringLiteral("partNumber"), QString::number(number)},
-                                               {QStringLiteral("uploadId"), uploadId}});
+        const QUrl url = withQuery(objectURL,
+            { { QStringLiteral("partNumber"), QString::number(number) },
+                { QStringLiteral("uploadId"), uploadId } });
         HttpRequest request = objectRequest("PUT", url);
         request.setHeader("Content-Length", QByteArray::number(part.size()));
         const HttpResponse response = sendSigned(request, part, kUnsignedPayload);
@@ -141,8 +139,8 @@ void S3CompatibleProvider::uploadParts(const QString &filePath, const QUrl &obje
     }
 }
 
-void S3CompatibleProvider::completeUpload(const QUrl &objectURL, const QString &uploadId,
-                                          const std::vector<QByteArray> &etags)
+void S3CompatibleProvider::completeUpload(
+    const QUrl &objectURL, const QString &uploadId, const std::vector<QByteArray> &etags)
 {
     // No XML declaration, no line breaks, nothing escaped: ETags are quoted
     // hexadecimal and part numbers are digits.
@@ -151,8 +149,8 @@ void S3CompatibleProvider::completeUpload(const QUrl &objectURL, const QString &
         body += partEntry(i + 1, etags[i]);
     body += "</CompleteMultipartUpload>";
 
-    HttpRequest request =
-        objectRequest("POST", withQuery(objectURL, {{QStringLiteral("uploadId"), uploadId}}));
+    HttpRequest request
+        = objectRequest("POST", withQuery(objectURL, { { QStringLiteral("uploadId"), uploadId } }));
     request.setHeader("Content-Type", "application/xml");
     const HttpResponse response = sendSigned(request, body, AWSSigV4::sha256Hex(body));
     check(response);
@@ -166,16 +164,16 @@ void S3CompatibleProvider::completeUpload(const QUrl &objectURL, const QString &
 void S3CompatibleProvider::abortUpload(const QUrl &objectURL, const QString &uploadId) noexcept
 {
     try {
-        HttpRequest request =
-            objectRequest("DELETE", withQuery(objectURL, {{QStringLiteral("uploadId"), uploadId}}));
+        HttpRequest request
+            = objectRequest("DELETE", withQuery(objectURL, { { QStringLiteral("uploadId"), uploadId } }));
         sendSigned(request, {}, AWSSigV4::sha256Hex({}));
     } catch (...) {
         // Nothing more can be done here; the caller reports the first error.
     }
 }
 
-HttpResponse S3CompatibleProvider::sendSigned(HttpRequest request, const QByteArray &body,
-                                              const QByteArray &payloadHash)
+HttpResponse S3CompatibleProvider::sendSigned(
+    HttpRequest request, const QByteArray &body, const QByteArray &payloadHash)
 {
     signer().sign(request, payloadHash, m_clock());
     return m_transport->send(request, body);
@@ -191,7 +189,7 @@ HttpRequest S3CompatibleProvider::objectRequest(const QByteArray &method, const 
 
 AWSSigV4 S3CompatibleProvider::signer() const
 {
-    return {m_config.accessKeyID, m_config.secretAccessKey, m_config.region, kSigningService};
+    return { m_config.accessKeyID, m_config.secretAccessKey, m_config.region, kSigningService };
 }
 
 QString S3CompatibleProvider::join(const QString &prefix, const QString &key)
@@ -240,8 +238,7 @@ QUrl S3CompatibleProvider::publicURL(const QString &key, const QUrl &fallback) c
     return url.adjusted(QUrl::NormalizePathSegments);
 }
 
-QUrl S3CompatibleProvider::withQuery(const QUrl &url,
-                                     const std::vector<std::pair<QString, QString>> &items)
+QUrl S3CompatibleProvider::withQuery(const QUrl &url, const std::vector<std::pair<QString, QString>> &items)
 {
     if (!url.isValid())
         return url;
@@ -251,8 +248,8 @@ QUrl S3CompatibleProvider::withQuery(const QUrl &url,
         if (value.isEmpty() && name == u"uploads")
             parts.append(name);
         else
-            parts.append(QString::fromLatin1(AWSSigV4::percentEncode(name) + '=' +
-                                             AWSSigV4::percentEncode(value)));
+            parts.append(
+                QString::fromLatin1(AWSSigV4::percentEncode(name) + '=' + AWSSigV4::percentEncode(value)));
     }
     QUrl out = url;
     out.setQuery(parts.join(u'&'), QUrl::TolerantMode);

@@ -5,7 +5,6 @@
 #include "cloud/UploadProvider.h"
 
 #include <QDateTime>
-
 #include <functional>
 #include <memory>
 #include <optional>
@@ -18,16 +17,18 @@ namespace glimpso::cloud {
 // one PUT up to the multipart threshold, the multipart protocol above it.
 // Built anew for each upload from a plain configuration; keeps no state
 // between requests and shares nothing but the transport.
-class S3CompatibleProvider : public UploadProvider {
+class S3CompatibleProvider : public UploadProvider
+{
 public:
-    struct Config {
-        QUrl endpoint;        // scheme and host; any path is replaced by the object path
+    struct Config
+    {
+        QUrl endpoint; // scheme and host; any path is replaced by the object path
         QString region;
         QString bucket;
-        QString keyPrefix;    // a folder inside the bucket, may be empty
-        QUrl publicBaseURL;   // where public links point; empty for none
+        QString keyPrefix; // a folder inside the bucket, may be empty
+        QUrl publicBaseURL; // where public links point; empty for none
         bool pathStyle = true;
-        QString accessKeyID;  // may hold a colon ("account:user")
+        QString accessKeyID; // may hold a colon ("account:user")
         QString secretAccessKey;
         QString displayName;
     };
@@ -44,10 +45,8 @@ public:
     // 60 s request time-out.
     explicit S3CompatibleProvider(Config config, std::shared_ptr<HttpTransport> transport = {});
 
-    UploadResult upload(const QByteArray &data, const QString &key,
-                        const QString &contentType) override;
-    UploadResult uploadFile(const QString &filePath, const QString &key,
-                            const QString &contentType) override;
+    UploadResult upload(const QByteArray &data, const QString &key, const QString &contentType) override;
+    UploadResult uploadFile(const QString &filePath, const QString &key, const QString &contentType) override;
     QString displayName() const override { return m_config.displayName; }
 
     const Config &config() const { return m_config; }
@@ -68,14 +67,12 @@ public:
 
 private:
     UploadResult multipartUpload(const QString &filePath, qint64 size, const QUrl &objectURL,
-                                 const QString &fullKey, const QString &contentType);
+        const QString &fullKey, const QString &contentType);
     void uploadParts(const QString &filePath, const QUrl &objectURL, const QString &uploadId,
-                     std::vector<QByteArray> &etags);
-    void completeUpload(const QUrl &objectURL, const QString &uploadId,
-                        const std::vector<QByteArray> &etags);
+        std::vector<QByteArray> &etags);
+    void completeUpload(const QUrl &objectURL, const QString &uploadId, const std::vector<QByteArray> &etags);
     void abortUpload(const QUrl &objectURL, const QString &uploadId) noexcept;
-    HttpResponse sendSigned(HttpRequest request, const QByteArray &body,
-                            const QByteArray &payloadHash);
+    HttpResponse sendSigned(HttpRequest request, const QByteArray &body, const QByteArray &payloadHash);
     HttpRequest objectRequest(const QByteArray &method, const QUrl &url) const;
     AWSSigV4 signer() const;
 

@@ -10,7 +10,6 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
-
 #include <gtest/gtest.h>
 
 using glimpso::cloud::AWSSigV4;
@@ -18,8 +17,8 @@ using glimpso::tools::RequestFile;
 
 namespace {
 
-const AWSSigV4 kSuiteSigner{"AKIDEXAMPLE", "wJalrXUtnFEMI/K7MDENG+bPxRfiCYEXAMPLEKEY", "us-east-1",
-                            "service"};
+const AWSSigV4 kSuiteSigner { "AKIDEXAMPLE", "wJalrXUtnFEMI/K7MDENG+bPxRfiCYEXAMPLEKEY", "us-east-1",
+    "service" };
 const QByteArray kSuiteDate = "20150830T123600Z";
 // The one case whose request leaves out the token its answers sign.
 const QByteArray kSessionToken = "6e86291e8372ff2a2260956d9b8aae1d763fbf315fa00fa31553b73ebf194267";
@@ -44,8 +43,8 @@ QString reasonToSkip(const RequestFile &file)
     // S3 signs the object path as it is, so the cases that expect dot
     // segments and doubled slashes removed are for other services.
     const QString path = file.request.url.path(QUrl::FullyDecoded);
-    if (path.contains(u"//") || path.contains(u"/./") || path.contains(u"/../") ||
-        path.endsWith(u"/.") || path.endsWith(u"/.."))
+    if (path.contains(u"//") || path.contains(u"/./") || path.contains(u"/../") || path.endsWith(u"/.")
+        || path.endsWith(u"/.."))
         return QStringLiteral("path normalisation");
     // Runs of blanks inside a value are signed as they stand here.
     for (const auto &field : file.request.headers)
@@ -65,7 +64,7 @@ TEST(AWSSigV4Suite, ReproducesEveryApplicableCaseExactly)
 
     int ran = 0;
     int skipped = 0;
-    QDirIterator it(folder, {QStringLiteral("*.req")}, QDir::Files, QDirIterator::Subdirectories);
+    QDirIterator it(folder, { QStringLiteral("*.req") }, QDir::Files, QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QString reqPath = it.next();
         const QString base = reqPath.chopped(4);
@@ -81,8 +80,8 @@ TEST(AWSSigV4Suite, ReproducesEveryApplicableCaseExactly)
         if (name == u"get-vanilla-with-session-token")
             file.request.addHeader("X-Amz-Security-Token", kSessionToken);
 
-        const AWSSigV4::Signature signature =
-            kSuiteSigner.authorize(file.request, AWSSigV4::sha256Hex(file.body), kSuiteDate);
+        const AWSSigV4::Signature signature
+            = kSuiteSigner.authorize(file.request, AWSSigV4::sha256Hex(file.body), kSuiteDate);
         EXPECT_EQ(signature.canonicalRequest, readAll(base + ".creq"));
         EXPECT_EQ(signature.stringToSign, readAll(base + ".sts"));
         EXPECT_EQ(signature.authorization, readAll(base + ".authz"));

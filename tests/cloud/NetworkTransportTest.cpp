@@ -8,10 +8,8 @@
 #include <QTemporaryFile>
 #include <QThread>
 #include <QTimer>
-
-#include <gtest/gtest.h>
-
 #include <functional>
+#include <gtest/gtest.h>
 #include <memory>
 
 using namespace glimpso::cloud;
@@ -21,12 +19,12 @@ namespace {
 // A one-connection-at-a-time HTTP server on 127.0.0.1 that records each
 // request as raw bytes and answers from a script. It runs in the test's own
 // thread: the transport's wait for its reply is what drives it.
-class ScriptedServer : public QObject {
+class ScriptedServer : public QObject
+{
 public:
     // Raw answer for a raw request; an empty answer means "never answer".
-    std::function<QByteArray(const QByteArray &)> answer = [](const QByteArray &) {
-        return QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
-    };
+    std::function<QByteArray(const QByteArray &)> answer
+        = [](const QByteArray &) { return QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n"); };
     QList<QByteArray> requests;
 
     ScriptedServer()
@@ -204,9 +202,9 @@ TEST(NetworkTransport, FailsWithTheNetworkTextWhenNobodyListens)
 TEST(NetworkTransport, FailsWhenTheFileCannotBeOpened)
 {
     NetworkTransport transport;
-    EXPECT_THROW(transport.sendFile(requestTo(QUrl("http://127.0.0.1:1/b/k"), "PUT"),
-                                    "/nonexistent/glimpso/file"),
-                 TransportError);
+    EXPECT_THROW(
+        transport.sendFile(requestTo(QUrl("http://127.0.0.1:1/b/k"), "PUT"), "/nonexistent/glimpso/file"),
+        TransportError);
 }
 
 TEST(NetworkTransport, WorksOnAThreadOfItsOwn)
@@ -221,7 +219,7 @@ TEST(NetworkTransport, WorksOnAThreadOfItsOwn)
     }));
     QEventLoop loop;
     QObject::connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit);
-    QTimer::singleShot(30'000, &loop, &QEventLoop::quit);   // hang guard only
+    QTimer::singleShot(30'000, &loop, &QEventLoop::quit); // hang guard only
     worker->start();
     loop.exec();
     ASSERT_TRUE(worker->wait(1000));

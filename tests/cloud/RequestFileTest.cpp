@@ -7,8 +7,8 @@ using glimpso::tools::RequestFile;
 TEST(RequestFile, ReadsMethodUrlHeadersAndBody)
 {
     RequestFile file;
-    ASSERT_TRUE(RequestFile::parse("POST /a?x=1 HTTP/1.1\nHost:example.com\nContent-Type:text/plain\n\nParam1=value1",
-                                   file));
+    ASSERT_TRUE(RequestFile::parse(
+        "POST /a?x=1 HTTP/1.1\nHost:example.com\nContent-Type:text/plain\n\nParam1=value1", file));
     EXPECT_EQ(file.request.method, "POST");
     EXPECT_EQ(file.request.url.toEncoded(), "http://example.com/a?x=1");
     EXPECT_EQ(file.request.header("Content-Type"), "text/plain");
@@ -27,7 +27,7 @@ TEST(RequestFile, UnfoldsAContinuedHeaderWithOneBlank)
     RequestFile file;
     ASSERT_TRUE(RequestFile::parse("GET / HTTP/1.1\nHost:h\nMy-Header1:value1\n  value2\n     value3\n"
                                    "X-Amz-Date:20150830T123600Z",
-                                   file));
+        file));
     EXPECT_EQ(file.request.header("My-Header1"), "value1 value2 value3");
     EXPECT_EQ(file.request.header("X-Amz-Date"), "20150830T123600Z");
 }

@@ -7,9 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-
 #include <gtest/gtest.h>
-
 #include <memory>
 
 using namespace glimpso::cloud;
@@ -32,7 +30,8 @@ S3CompatibleProvider::Config pathStyleConfig()
     return config;
 }
 
-class S3CompatibleProviderTest : public ::testing::Test {
+class S3CompatibleProviderTest : public ::testing::Test
+{
 protected:
     std::shared_ptr<FakeTransport> transport = std::make_shared<FakeTransport>();
     QTemporaryDir dir;
@@ -80,10 +79,7 @@ protected:
         return {};
     }
 
-    static HttpResponse errorAnswer(int status, const QByteArray &body)
-    {
-        return {true, status, body, {}};
-    }
+    static HttpResponse errorAnswer(int status, const QByteArray &body) { return { true, status, body, {} }; }
 };
 
 } // namespace
@@ -119,8 +115,8 @@ TEST_F(S3CompatibleProviderTest, RefusesAnEndpointWithoutHost)
 {
     auto config = pathStyleConfig();
     config.endpoint = QUrl("not a url");
-    EXPECT_EQ(uploadErrorOf([&] { provider(config).upload("x", "k", "text/plain"); }),
-              "Invalid endpoint URL");
+    EXPECT_EQ(
+        uploadErrorOf([&] { provider(config).upload("x", "k", "text/plain"); }), "Invalid endpoint URL");
     EXPECT_TRUE(transport->sent.empty());
 }
 
@@ -154,11 +150,10 @@ TEST_F(S3CompatibleProviderTest, SignsTheInMemoryBodyWithItsHashAndEveryHeader)
     EXPECT_EQ(sent.request.header("Cache-Control"), "public, max-age=31536000, immutable");
     EXPECT_EQ(sent.request.header("x-amz-content-sha256"), AWSSigV4::sha256Hex(data));
     EXPECT_EQ(sent.request.header("Host"), "127.0.0.1:9000");
-    EXPECT_TRUE(sent.request.header("Authorization")
-                    .contains("Credential=test:tester/")
-                    && sent.request.header("Authorization")
-                           .contains("SignedHeaders=cache-control;content-length;content-type;host;"
-                                     "x-amz-content-sha256;x-amz-date,"));
+    EXPECT_TRUE(sent.request.header("Authorization").contains("Credential=test:tester/")
+        && sent.request.header("Authorization")
+               .contains("SignedHeaders=cache-control;content-length;content-type;host;"
+                         "x-amz-content-sha256;x-amz-date,"));
 }
 
 TEST_F(S3CompatibleProviderTest, SendsAFileOfExactlyTheThresholdAsOneStreamedPut)
@@ -177,10 +172,11 @@ TEST_F(S3CompatibleProviderTest, SendsAFileOfExactlyTheThresholdAsOneStreamedPut
 
 TEST_F(S3CompatibleProviderTest, SendsAFileOneByteOverTheThresholdAsMultipart)
 {
-    provider().uploadFile(fileOfSize(S3CompatibleProvider::kMultipartThreshold + 1), "big.bin",
-                          "application/octet-stream");
-    EXPECT_EQ(partSizes(), (std::vector<qint64>{16 * kMiB, 16 * kMiB, 16 * kMiB, 16 * kMiB,
-                                                16 * kMiB, 16 * kMiB, 4 * kMiB + 1}));
+    provider().uploadFile(
+        fileOfSize(S3CompatibleProvider::kMultipartThreshold + 1), "big.bin", "application/octet-stream");
+    EXPECT_EQ(partSizes(),
+        (std::vector<qint64> {
+            16 * kMiB, 16 * kMiB, 16 * kMiB, 16 * kMiB, 16 * kMiB, 16 * kMiB, 4 * kMiB + 1 }));
     EXPECT_EQ(transport->sent.front().request.method, "POST");
     EXPECT_EQ(transport->sent.back().request.method, "POST");
 }
@@ -190,7 +186,7 @@ TEST_F(S3CompatibleProviderTest, SplitsSixteenMebibytesAndOneByteIntoTwoParts)
     auto s3 = provider();
     s3.setMultipartThreshold(0);
     s3.uploadFile(fileOfSize(16 * kMiB + 1), "k", "application/octet-stream");
-    EXPECT_EQ(partSizes(), (std::vector<qint64>{16 * kMiB, 1}));
+    EXPECT_EQ(partSizes(), (std::vector<qint64> { 16 * kMiB, 1 }));
 }
 
 TEST_F(S3CompatibleProviderTest, SendsNoEmptyPartForAnExactMultipleOfThePartSize)
@@ -198,8 +194,8 @@ TEST_F(S3CompatibleProviderTest, SendsNoEmptyPartForAnExactMultipleOfThePartSize
     auto s3 = provider();
     s3.setMultipartThreshold(0);
     s3.uploadFile(fileOfSize(32 * kMiB), "k", "application/octet-stream");
-    EXPECT_EQ(partSizes(), (std::vector<qint64>{16 * kMiB, 16 * kMiB}));
-    EXPECT_EQ(methods(), (std::vector<QByteArray>{"POST", "PUT", "PUT", "POST"}));
+    EXPECT_EQ(partSizes(), (std::vector<qint64> { 16 * kMiB, 16 * kMiB }));
+    EXPECT_EQ(methods(), (std::vector<QByteArray> { "POST", "PUT", "PUT", "POST" }));
 }
 
 TEST_F(S3CompatibleProviderTest, CreatesWithTheBareUploadsQueryAndTheObjectHeaders)
@@ -237,12 +233,11 @@ TEST_F(S3CompatibleProviderTest, CompletesWithThePartsInOrderAndTheirQuotedETags
     const auto &complete = transport->sent.back();
     EXPECT_EQ(complete.request.url.query(QUrl::FullyEncoded), "uploadId=up%2Bid%2F1");
     EXPECT_EQ(complete.request.header("Content-Type"), "application/xml");
-    const QByteArray body =
-        "<CompleteMultipartUpload>"
-        "<Part><PartNumber>1</PartNumber><ETag>\"etag-1\"</ETag></Part>"
-        "<Part><PartNumber>2</PartNumber><ETag>\"etag-2\"</ETag></Part>"
-        "<Part><PartNumber>3</PartNumber><ETag>\"etag-3\"</ETag></Part>"
-        "</CompleteMultipartUpload>";
+    const QByteArray body = "<CompleteMultipartUpload>"
+                            "<Part><PartNumber>1</PartNumber><ETag>\"etag-1\"</ETag></Part>"
+                            "<Part><PartNumber>2</PartNumber><ETag>\"etag-2\"</ETag></Part>"
+                            "<Part><PartNumber>3</PartNumber><ETag>\"etag-3\"</ETag></Part>"
+                            "</CompleteMultipartUpload>";
     EXPECT_EQ(complete.bodyStart, body.left(64));
     EXPECT_EQ(complete.bodySize, body.size());
     EXPECT_EQ(complete.request.header("x-amz-content-sha256"), AWSSigV4::sha256Hex(body));
@@ -252,17 +247,17 @@ TEST_F(S3CompatibleProviderTest, FailsACompleteAnsweredWithAnErrorCodeAndAborts)
 {
     transport->answer = [](const FakeTransport::Sent &sent) {
         if (sent.request.method == "POST" && sent.request.url.query().startsWith(u"uploadId="))
-            return HttpResponse{true, 200,
-                                "<Error><Code>InternalError</Code><Message>We encountered an "
-                                "internal error.</Message></Error>",
-                                {}};
+            return HttpResponse { true, 200,
+                "<Error><Code>InternalError</Code><Message>We encountered an "
+                "internal error.</Message></Error>",
+                {} };
         return FakeTransport::defaultAnswer(sent);
     };
     auto s3 = provider();
     s3.setMultipartThreshold(0);
     EXPECT_EQ(uploadErrorOf([&] { s3.uploadFile(fileOfSize(10), "k", "x/y"); }),
-              "We encountered an internal error.");
-    EXPECT_EQ(methods(), (std::vector<QByteArray>{"POST", "PUT", "POST", "DELETE"}));
+        "We encountered an internal error.");
+    EXPECT_EQ(methods(), (std::vector<QByteArray> { "POST", "PUT", "POST", "DELETE" }));
     EXPECT_EQ(transport->sent.back().request.url.query(QUrl::FullyEncoded), "uploadId=up%2Bid%2F1");
     EXPECT_EQ(transport->sent.back().request.header("x-amz-content-sha256"), AWSSigV4::sha256Hex({}));
 }
@@ -271,13 +266,13 @@ TEST_F(S3CompatibleProviderTest, SaysTheUploadCouldNotBeCompletedWhenTheCodeHasN
 {
     transport->answer = [](const FakeTransport::Sent &sent) {
         if (sent.request.method == "POST" && sent.request.url.query().startsWith(u"uploadId="))
-            return HttpResponse{true, 200, "<Error><Code>InternalError</Code></Error>", {}};
+            return HttpResponse { true, 200, "<Error><Code>InternalError</Code></Error>", {} };
         return FakeTransport::defaultAnswer(sent);
     };
     auto s3 = provider();
     s3.setMultipartThreshold(0);
     EXPECT_EQ(uploadErrorOf([&] { s3.uploadFile(fileOfSize(10), "k", "x/y"); }),
-              "The upload couldn't be completed");
+        "The upload couldn't be completed");
 }
 
 TEST_F(S3CompatibleProviderTest, AbortsWhenAPartFailsAndReportsThePartsError)
@@ -291,9 +286,8 @@ TEST_F(S3CompatibleProviderTest, AbortsWhenAPartFailsAndReportsThePartsError)
     };
     auto s3 = provider();
     s3.setMultipartThreshold(0);
-    EXPECT_EQ(uploadErrorOf([&] { s3.uploadFile(fileOfSize(40 * kMiB), "k", "x/y"); }),
-              "HTTP 500: boom");
-    EXPECT_EQ(methods(), (std::vector<QByteArray>{"POST", "PUT", "PUT", "DELETE"}));
+    EXPECT_EQ(uploadErrorOf([&] { s3.uploadFile(fileOfSize(40 * kMiB), "k", "x/y"); }), "HTTP 500: boom");
+    EXPECT_EQ(methods(), (std::vector<QByteArray> { "POST", "PUT", "PUT", "DELETE" }));
 }
 
 TEST_F(S3CompatibleProviderTest, PassesATransportFailureThroughAfterAborting)
@@ -314,31 +308,30 @@ TEST_F(S3CompatibleProviderTest, PassesATransportFailureThroughAfterAborting)
         EXPECT_TRUE(error.timedOut());
         EXPECT_EQ(error.text(), "The request timed out.");
     }
-    EXPECT_EQ(methods(), (std::vector<QByteArray>{"POST", "PUT", "DELETE"}));
+    EXPECT_EQ(methods(), (std::vector<QByteArray> { "POST", "PUT", "DELETE" }));
 }
 
 TEST_F(S3CompatibleProviderTest, FailsAPartWithoutETagByNumber)
 {
     transport->answer = [](const FakeTransport::Sent &sent) {
         if (sent.request.url.query().startsWith(u"partNumber=2"))
-            return HttpResponse{true, 200, {}, {}};
+            return HttpResponse { true, 200, {}, {} };
         return FakeTransport::defaultAnswer(sent);
     };
     auto s3 = provider();
     s3.setMultipartThreshold(0);
-    EXPECT_EQ(uploadErrorOf([&] { s3.uploadFile(fileOfSize(20 * kMiB), "k", "x/y"); }),
-              "No ETag for part 2");
+    EXPECT_EQ(uploadErrorOf([&] { s3.uploadFile(fileOfSize(20 * kMiB), "k", "x/y"); }), "No ETag for part 2");
     EXPECT_EQ(methods().back(), "DELETE");
 }
 
 TEST_F(S3CompatibleProviderTest, FailsACreateWithoutUploadIdAndSendsNoAbort)
 {
-    transport->answer = [](const FakeTransport::Sent &) { return HttpResponse{true, 200, "<x/>", {}}; };
+    transport->answer = [](const FakeTransport::Sent &) { return HttpResponse { true, 200, "<x/>", {} }; };
     auto s3 = provider();
     s3.setMultipartThreshold(0);
-    EXPECT_EQ(uploadErrorOf([&] { s3.uploadFile(fileOfSize(10), "k", "x/y"); }),
-              "No upload id from the server");
-    EXPECT_EQ(methods(), (std::vector<QByteArray>{"POST"}));
+    EXPECT_EQ(
+        uploadErrorOf([&] { s3.uploadFile(fileOfSize(10), "k", "x/y"); }), "No upload id from the server");
+    EXPECT_EQ(methods(), (std::vector<QByteArray> { "POST" }));
 }
 
 TEST_F(S3CompatibleProviderTest, AbortsWhenTheFileCannotBeOpened)
@@ -349,17 +342,17 @@ TEST_F(S3CompatibleProviderTest, AbortsWhenTheFileCannotBeOpened)
     auto s3 = provider();
     s3.setMultipartThreshold(0);
     EXPECT_THROW(s3.uploadFile(folder, "k", "x/y"), TransportError);
-    EXPECT_EQ(methods(), (std::vector<QByteArray>{"POST", "DELETE"}));
+    EXPECT_EQ(methods(), (std::vector<QByteArray> { "POST", "DELETE" }));
 }
 
 TEST_F(S3CompatibleProviderTest, ShowsTheMessageOfAnErrorAnswer)
 {
     transport->answer = [](const FakeTransport::Sent &) {
-        return errorAnswer(403, "<?xml version=\"1.0\"?><Error><Code>AccessDenied</Code>"
-                                "<Message>Access Denied.</Message></Error>");
+        return errorAnswer(403,
+            "<?xml version=\"1.0\"?><Error><Code>AccessDenied</Code>"
+            "<Message>Access Denied.</Message></Error>");
     };
-    EXPECT_EQ(uploadErrorOf([&] { provider().upload("x", "k", "text/plain"); }),
-              "HTTP 403: Access Denied.");
+    EXPECT_EQ(uploadErrorOf([&] { provider().upload("x", "k", "text/plain"); }), "HTTP 403: Access Denied.");
 }
 
 TEST_F(S3CompatibleProviderTest, ShowsNothingAfterTheStatusWhenTheExcerptCutsACharacter)
@@ -374,40 +367,38 @@ TEST_F(S3CompatibleProviderTest, ShowsTheRawExcerptWhenTheMessageEndsBeyondIt)
 {
     const QByteArray head = "<Error><Message>" + QByteArray(384, 'm');
     ASSERT_EQ(head.size(), 400);
-    transport->answer = [&](const FakeTransport::Sent &) {
-        return errorAnswer(400, head + "tail</Message></Error>");
-    };
+    transport->answer
+        = [&](const FakeTransport::Sent &) { return errorAnswer(400, head + "tail</Message></Error>"); };
     EXPECT_EQ(uploadErrorOf([&] { provider().upload("x", "k", "text/plain"); }),
-              "HTTP 400: " + QString::fromLatin1(head));
+        "HTTP 400: " + QString::fromLatin1(head));
 }
 
 TEST_F(S3CompatibleProviderTest, ShowsTheWholeExcerptOfAnAnswerWithoutMessage)
 {
     transport->answer = [](const FakeTransport::Sent &) { return errorAnswer(502, "Bad Gateway"); };
-    EXPECT_EQ(uploadErrorOf([&] { provider().upload("x", "k", "text/plain"); }),
-              "HTTP 502: Bad Gateway");
+    EXPECT_EQ(uploadErrorOf([&] { provider().upload("x", "k", "text/plain"); }), "HTTP 502: Bad Gateway");
 }
 
 TEST_F(S3CompatibleProviderTest, RefusesAnAnswerThatIsNotHttp)
 {
-    transport->answer = [](const FakeTransport::Sent &) { return HttpResponse{false, 0, {}, {}}; };
-    EXPECT_EQ(uploadErrorOf([&] { provider().uploadFile(fileOfSize(3), "k", "x/y"); }),
-              "No HTTP response");
+    transport->answer = [](const FakeTransport::Sent &) { return HttpResponse { false, 0, {}, {} }; };
+    EXPECT_EQ(uploadErrorOf([&] { provider().uploadFile(fileOfSize(3), "k", "x/y"); }), "No HTTP response");
 }
 
 TEST_F(S3CompatibleProviderTest, WritesUploadsBareAndOtherItemsEncodedInOrder)
 {
     const QUrl base("http://h:1/b/k");
-    EXPECT_EQ(S3CompatibleProvider::withQuery(base, {{"uploads", ""}}).toEncoded(), "http://h:1/b/k?uploads");
-    EXPECT_EQ(S3CompatibleProvider::withQuery(base, {{"uploadId", "a+b/c=d"}, {"partNumber", "7"}})
+    EXPECT_EQ(
+        S3CompatibleProvider::withQuery(base, { { "uploads", "" } }).toEncoded(), "http://h:1/b/k?uploads");
+    EXPECT_EQ(S3CompatibleProvider::withQuery(base, { { "uploadId", "a+b/c=d" }, { "partNumber", "7" } })
                   .toEncoded(),
-              "http://h:1/b/k?uploadId=a%2Bb%2Fc%3Dd&partNumber=7");
+        "http://h:1/b/k?uploadId=a%2Bb%2Fc%3Dd&partNumber=7");
 }
 
 TEST_F(S3CompatibleProviderTest, ReadsXmlValuesAsPlainText)
 {
     EXPECT_EQ(S3CompatibleProvider::xmlValue("UploadId", "<a><UploadId>x&amp;y</UploadId></a>"),
-              QString("x&amp;y"));
+        QString("x&amp;y"));
     EXPECT_EQ(S3CompatibleProvider::xmlValue("UploadId", "<UploadId>open"), std::nullopt);
     EXPECT_EQ(S3CompatibleProvider::xmlValue("UploadId", "<UploadId a=\"1\">x</UploadId>"), std::nullopt);
     EXPECT_EQ(S3CompatibleProvider::xmlValue("Code", "<Code>\xff</Code>"), std::nullopt);

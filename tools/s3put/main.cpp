@@ -14,7 +14,6 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 #include <QMimeDatabase>
-
 #include <cstdio>
 #include <memory>
 
@@ -43,27 +42,27 @@ int main(int argc, char **argv)
     parser.setApplicationDescription("Uploads a file to an S3-compatible bucket.");
     parser.addHelpOption();
     parser.addOptions({
-        {"endpoint", "Scheme and host of the service, e.g. http://127.0.0.1:8080.", "URL"},
-        {"region", "Signing region.", "REGION"},
-        {"bucket", "Bucket name.", "BUCKET"},
-        {"access-key", "Access key id.", "KEY"},
-        {"secret-key", "Secret access key.", "SECRET"},
-        {"path-style", "Address the bucket in the path rather than in the host name."},
-        {"public-base-url", "Base of the printed link instead of the object URL.", "URL"},
-        {"key-prefix", "Folder inside the bucket.", "PREFIX"},
-        {"multipart-threshold", "Files larger than this go multipart (default 104857600).", "BYTES"},
-        {"request-timeout", "Seconds a request may make no progress (default 60).", "SECONDS"},
-        {"content-type", "Content type (default: guessed from the file).", "TYPE"},
-        {"file", "The file to upload.", "FILE"},
-        {"key", "Object key (default: the file's name).", "KEY"},
-        {"clock-offset", "Sign as if the clock were this many seconds ahead (for tests).", "SECONDS"},
-        {"in-memory", "Read the file into memory and upload the bytes, signed with their hash."},
-        {"verbose", "Log each request on stderr."},
+        { "endpoint", "Scheme and host of the service, e.g. http://127.0.0.1:8080.", "URL" },
+        { "region", "Signing region.", "REGION" },
+        { "bucket", "Bucket name.", "BUCKET" },
+        { "access-key", "Access key id.", "KEY" },
+        { "secret-key", "Secret access key.", "SECRET" },
+        { "path-style", "Address the bucket in the path rather than in the host name." },
+        { "public-base-url", "Base of the printed link instead of the object URL.", "URL" },
+        { "key-prefix", "Folder inside the bucket.", "PREFIX" },
+        { "multipart-threshold", "Files larger than this go multipart (default 104857600).", "BYTES" },
+        { "request-timeout", "Seconds a request may make no progress (default 60).", "SECONDS" },
+        { "content-type", "Content type (default: guessed from the file).", "TYPE" },
+        { "file", "The file to upload.", "FILE" },
+        { "key", "Object key (default: the file's name).", "KEY" },
+        { "clock-offset", "Sign as if the clock were this many seconds ahead (for tests).", "SECONDS" },
+        { "in-memory", "Read the file into memory and upload the bytes, signed with their hash." },
+        { "verbose", "Log each request on stderr." },
     });
     parser.process(app);
     if (!parser.isSet("verbose"))
         QLoggingCategory::setFilterRules(QStringLiteral("glimpso.*.info=false"));
-    for (const char *required : {"endpoint", "region", "bucket", "access-key", "secret-key", "file"})
+    for (const char *required : { "endpoint", "region", "bucket", "access-key", "secret-key", "file" })
         if (!parser.isSet(required))
             return usage(QStringLiteral("--%1 is required").arg(required));
 
@@ -104,9 +103,8 @@ int main(int argc, char **argv)
 
     const QString file = parser.value("file");
     const QString key = parser.isSet("key") ? parser.value("key") : QFileInfo(file).fileName();
-    const QString contentType = parser.isSet("content-type")
-                                    ? parser.value("content-type")
-                                    : QMimeDatabase().mimeTypeForFile(file).name();
+    const QString contentType = parser.isSet("content-type") ? parser.value("content-type")
+                                                             : QMimeDatabase().mimeTypeForFile(file).name();
     try {
         UploadResult result;
         if (parser.isSet("in-memory")) {

@@ -9,7 +9,8 @@ namespace glimpso::tools {
 // An HTTP request written out as text, the form the AWS signing test suite
 // uses for its ".req" files: a request line, header lines, and after a blank
 // line the body.
-struct RequestFile {
+struct RequestFile
+{
     cloud::HttpRequest request;
     QByteArray body;
 

@@ -9,7 +9,6 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFile>
-
 #include <cstdio>
 
 using glimpso::cloud::AWSSigV4;
@@ -36,23 +35,23 @@ int main(int argc, char **argv)
         "request is signed as the S3 provider signs: x-amz-content-sha256 is added.");
     parser.addHelpOption();
     parser.addOptions({
-        {"access-key", "Access key id.", "KEY"},
-        {"secret-key", "Secret access key.", "SECRET"},
-        {"region", "Region.", "REGION"},
-        {"service", "Service.", "SERVICE"},
-        {"date", "Signing date, yyyyMMddTHHmmssZ.", "DATE"},
-        {"header", "An extra header \"Name:value\" to add before signing (repeatable).", "HEADER"},
-        {"s3", "Sign as the S3 provider does (adds x-amz-content-sha256)."},
-        {"unsigned-payload", "With --s3: sign with UNSIGNED-PAYLOAD instead of the body hash."},
+        { "access-key", "Access key id.", "KEY" },
+        { "secret-key", "Secret access key.", "SECRET" },
+        { "region", "Region.", "REGION" },
+        { "service", "Service.", "SERVICE" },
+        { "date", "Signing date, yyyyMMddTHHmmssZ.", "DATE" },
+        { "header", "An extra header \"Name:value\" to add before signing (repeatable).", "HEADER" },
+        { "s3", "Sign as the S3 provider does (adds x-amz-content-sha256)." },
+        { "unsigned-payload", "With --s3: sign with UNSIGNED-PAYLOAD instead of the body hash." },
     });
     parser.process(app);
-    for (const char *required : {"access-key", "secret-key", "region", "service", "date"})
+    for (const char *required : { "access-key", "secret-key", "region", "service", "date" })
         if (!parser.isSet(required))
             return fail(QStringLiteral("--%1 is required").arg(required));
 
     const QByteArray amzDate = parser.value("date").toLatin1();
-    QDateTime date = QDateTime::fromString(QString::fromLatin1(amzDate),
-                                                 QStringLiteral("yyyyMMdd'T'HHmmss'Z'"));
+    QDateTime date
+        = QDateTime::fromString(QString::fromLatin1(amzDate), QStringLiteral("yyyyMMdd'T'HHmmss'Z'"));
     if (!date.isValid())
         return fail(QStringLiteral("--date must look like 20150830T123600Z"));
 
@@ -69,20 +68,18 @@ int main(int argc, char **argv)
         file.request.addHeader(header.left(colon).toUtf8(), header.mid(colon + 1).toUtf8());
     }
 
-    const AWSSigV4 signer{parser.value("access-key"), parser.value("secret-key"),
-                          parser.value("region"), parser.value("service")};
+    const AWSSigV4 signer { parser.value("access-key"), parser.value("secret-key"), parser.value("region"),
+        parser.value("service") };
     AWSSigV4::Signature signature;
     if (parser.isSet("s3")) {
-        const QByteArray payloadHash = parser.isSet("unsigned-payload")
-                                           ? QByteArray("UNSIGNED-PAYLOAD")
-                                           : AWSSigV4::sha256Hex(file.body);
+        const QByteArray payloadHash = parser.isSet("unsigned-payload") ? QByteArray("UNSIGNED-PAYLOAD")
+                                                                        : AWSSigV4::sha256Hex(file.body);
         QDateTime utc = date;
         utc.setTimeSpec(Qt::UTC);
         signer.sign(file.request, payloadHash, utc);
         // sign() keeps its texts to itself; recomputing over the signed
         // headers without Authorization gives the same ones.
-        file.request.headers.removeIf(
-            [](const auto &field) { return field.name == "Authorization"; });
+        file.request.headers.removeIf([](const auto &field) { return field.name == "Authorization"; });
         signature = signer.authorize(file.request, payloadHash, AWSSigV4::amzDate(utc));
     } else {
         if (!file.request.hasHeader("Host"))
@@ -90,7 +87,8 @@ int main(int argc, char **argv)
         file.request.setHeader("X-Amz-Date", amzDate);
         signature = signer.authorize(file.request, AWSSigV4::sha256Hex(file.body), amzDate);
     }
-    std::fwrite(signature.canonicalRequest.constData(), 1, std::size_t(signature.canonicalRequest.size()), stdout);
+    std::fwrite(
+        signature.canonicalRequest.constData(), 1, std::size_t(signature.canonicalRequest.size()), stdout);
     std::fputs("\n\n", stdout);
     std::fwrite(signature.stringToSign.constData(), 1, std::size_t(signature.stringToSign.size()), stdout);
     std::fputs("\n\n", stdout);
