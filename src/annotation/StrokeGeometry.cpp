@@ -76,11 +76,11 @@ QList<QPointF> segmentPolyline(QPointF from, QPointF to, const std::optional<QPo
 {
     if (!bend)
         return {from, to};
-    // A chord of a quadratic strays from it by at most |from - 2c + to| / (8 n^2);
-    // pick n so that stays under 0.01 point.
+    // A chord over a parameter step 1/n strays from a quadratic by at most
+    // |from - 2c + to| / (4 n^2); pick n so that stays under 0.005 point.
     const QPointF c = controlPoint(from, to, *bend);
     const double curvature = length(from - 2.0 * c + to);
-    const int pieces = std::clamp(static_cast<int>(std::ceil(std::sqrt(curvature / 0.08))), 1, 2048);
+    const int pieces = std::clamp(static_cast<int>(std::ceil(std::sqrt(curvature / 0.02))), 1, 4096);
     QList<QPointF> points;
     points.reserve(pieces + 1);
     for (int i = 0; i <= pieces; ++i) {

