@@ -1,5 +1,6 @@
 #include "annotation/AnnotationRenderer.h"
 
+#include "annotation/PixelBlocks.h"
 #include "annotation/TextLook.h"
 
 #include <QColorSpace>
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 Q_LOGGING_CATEGORY(rendererLog, "glimpso.AnnotationRenderer")
 
@@ -65,20 +65,25 @@ QString describe(const QRectF &rect)
 // The pixellated picture shows through the mosaic's frame laid upside down
 // over the image (its top row at the image's bottom), so what shows through
 // comes from the vertically mirrored place. That is the output as defined;
-// the grid, anchored at the centre, stays aligned under the mirror.
-void drawMosaic(QPainter &painter, const Annotation::Mosaic &mosaic, const std::optional<QImage> &pixellated,
-                QSizeF imagePoints)
+// the grid, anchored at the centre, stays aligned under the mirror. Only the
+// blocks under the frame are ever averaged.
+void drawMosaic(QPainter &painter, const Annotation::Mosaic &mosaic, PixelBlocks *blocks, double scale)
 {
-    if (!pixellated) {
+    if (!blocks || !blocks->isValid()) {
         qCCritical(rendererLog) << "mosaic skipped — pixellate image missing";
         return;
     }
     qCInfo(rendererLog).noquote() << "mosaic rect=" + describe(mosaic.frame);
+    const QRectF framePixels(mosaic.frame.topLeft() * scale, mosaic.frame.size() * scale);
+    const QRect area = framePixels.toAlignedRect().intersected(QRect(QPoint(0, 0), blocks->imageSize()));
+    const QImage patch = blocks->mirroredPatch(area);
+    if (patch.isNull())
+        return;
     painter.save();
     painter.setClipRect(mosaic.frame);
-    painter.translate(0, imagePoints.height());
-    painter.scale(1, -1);
-    painter.drawImage(QRectF(QPointF(0, 0), imagePoints), *pixellated);
+    // Pixels onto pixels: the clip stays where it was set, in points.
+    painter.resetTransform();
+    painter.drawImage(area.topLeft(), patch);
     painter.restore();
 }
 
@@ -98,84 +103,19 @@ bool hasMosaic(const QList<Annotation> &annotations)
                        [](const Annotation &annotation) { return annotation.is<Annotation::Mosaic>(); });
 }
 
-// Index of the block each pixel's centre falls in, counted from the first
-// block that reaches into the image; edges lie at centre + k * block.
-std::vector<int> blockIndices(int pixels, double blockSize)
-{
-    const double centre = pixels / 2.0;
-    std::vector<int> indices(pixels);
-    const int first = static_cast<int>(std::floor((0.5 - centre) / blockSize));
-    for (int i = 0; i < pixels; ++i)
-        indices[i] = static_cast<int>(std::floor((i + 0.5 - centre) / blockSize)) - first;
-    return indices;
-}
-
-// Averages the premultiplied pixels of rows [top, bottom) per block column and
-// writes each block's average back over those rows.
-void pixellateBand(const QImage &source, QImage &target, int top, int bottom, const std::vector<int> &columns,
-                   std::vector<quint64> &sums, std::vector<quint32> &counts)
-{
-    const int width = source.width();
-    std::fill(sums.begin(), sums.end(), 0);
-    std::fill(counts.begin(), counts.end(), 0);
-    for (int y = top; y < bottom; ++y) {
-        const auto *row = reinterpret_cast<const quint32 *>(source.constScanLine(y));
-        for (int x = 0; x < width; ++x) {
-            const quint32 pixel = row[x];
-            quint64 *sum = &sums[4 * static_cast<size_t>(columns[x])];
-            sum[0] += pixel >> 24;
-            sum[1] += (pixel >> 16) & 0xff;
-            sum[2] += (pixel >> 8) & 0xff;
-            sum[3] += pixel & 0xff;
-        }
-        for (int x = 0; x < width; ++x)
-            ++counts[columns[x]];
-    }
-    std::vector<quint32> averages(counts.size());
-    for (size_t block = 0; block < counts.size(); ++block) {
-        const quint64 n = std::max<quint64>(counts[block], 1);
-        const quint64 *sum = &sums[4 * block];
-        averages[block] = quint32((sum[0] + n / 2) / n) << 24 | quint32((sum[1] + n / 2) / n) << 16
-                          | quint32((sum[2] + n / 2) / n) << 8 | quint32((sum[3] + n / 2) / n);
-    }
-    for (int y = top; y < bottom; ++y) {
-        auto *row = reinterpret_cast<quint32 *>(target.scanLine(y));
-        for (int x = 0; x < width; ++x)
-            row[x] = averages[columns[x]];
-    }
-}
-
 } // namespace
 
 std::optional<QImage> pixellate(const QImage &image, double blockSizePixels)
 {
-    if (image.isNull() || !(blockSizePixels > 0)) {
+    PixelBlocks blocks(image, blockSizePixels);
+    QImage result = blocks.pixellated();
+    if (result.isNull()) {
         qCCritical(rendererLog) << "pixellate produced no output";
         return std::nullopt;
     }
-    const QImage source = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    QImage target(source.size(), QImage::Format_ARGB32_Premultiplied);
-    if (target.isNull()) {
-        qCCritical(rendererLog) << "pixellate produced no output";
-        return std::nullopt;
-    }
-    target.setColorSpace(source.colorSpace());
-
-    const std::vector<int> columns = blockIndices(source.width(), blockSizePixels);
-    const std::vector<int> rows = blockIndices(source.height(), blockSizePixels);
-    const size_t blockColumns = static_cast<size_t>(columns.back()) + 1;
-    std::vector<quint64> sums(4 * blockColumns);
-    std::vector<quint32> counts(blockColumns);
-    for (int top = 0; top < source.height();) {
-        int bottom = top + 1;
-        while (bottom < source.height() && rows[bottom] == rows[top])
-            ++bottom;
-        pixellateBand(source, target, top, bottom, columns, sums, counts);
-        top = bottom;
-    }
-    qCInfo(rendererLog, "pixellate built image=%d block=%f size=%dx%d", 1, blockSizePixels, target.width(),
-           target.height());
-    return target;
+    qCInfo(rendererLog, "pixellate built image=%d block=%f size=%dx%d", 1, blockSizePixels, result.width(),
+           result.height());
+    return result;
 }
 
 void drawMark(QPainter &painter, const Annotation &annotation)
@@ -211,19 +151,25 @@ QImage flatten(const QImage &image, const QList<Annotation> &annotations, double
     if (!canvas.colorSpace().isValid())
         canvas.setColorSpace(QColorSpace::SRgb);
 
-    std::optional<QImage> pixellated;
-    if (hasMosaic(annotations))
-        pixellated = pixellate(image, largestMosaicBlock(annotations) * scale);
+    // One grid for every mosaic of this flatten, with the largest block.
+    std::optional<PixelBlocks> blocks;
+    if (hasMosaic(annotations)) {
+        blocks.emplace(image, largestMosaicBlock(annotations) * scale);
+        if (blocks->isValid())
+            qCInfo(rendererLog, "pixellate built image=%d block=%f size=%dx%d", 1, blocks->blockSize(),
+                   blocks->imageSize().width(), blocks->imageSize().height());
+        else
+            qCCritical(rendererLog) << "pixellate produced no output";
+    }
 
     QPainter painter;
     if (!painter.begin(&canvas))
         return image;
     painter.setRenderHint(QPainter::Antialiasing);
     painter.scale(scale, scale);
-    const QSizeF imagePoints(canvas.width() / scale, canvas.height() / scale);
     for (const Annotation &annotation : annotations) {
         if (const auto *mosaic = annotation.as<Annotation::Mosaic>())
-            drawMosaic(painter, *mosaic, pixellated, imagePoints);
+            drawMosaic(painter, *mosaic, blocks ? &*blocks : nullptr, scale);
         else
             drawMark(painter, annotation);
     }
