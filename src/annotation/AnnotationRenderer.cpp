@@ -28,6 +28,29 @@ void strokeOutline(QPainter &painter, const Annotation &annotation, double width
     painter.drawPath(annotation.path());
 }
 
+// Segments a pencil stroke is cut into when drawn in pieces.
+constexpr qsizetype piecePoints = 16;
+
+// A long freehand trace, stroked as one outline, costs the antialiasing
+// rasteriser far more than the same trace in short pieces. With an opaque
+// colour the pieces give the very same shape: round caps where two pieces meet
+// are exactly round joins. A translucent colour would build up where pieces
+// overlap, so it keeps the single outline.
+void drawPencil(QPainter &painter, const Annotation::Pencil &pencil)
+{
+    painter.setPen(roundPen(pencil.color, pencil.width));
+    painter.setBrush(Qt::NoBrush);
+    const QList<QPointF> &points = pencil.points;
+    if (pencil.color.alpha() < 255 || points.size() <= piecePoints) {
+        painter.drawPath(pencil.path());
+        return;
+    }
+    for (qsizetype first = 0; first + 1 < points.size(); first += piecePoints) {
+        const qsizetype count = std::min(piecePoints + 1, points.size() - first);
+        painter.drawPolyline(points.constData() + first, int(count));
+    }
+}
+
 // One stroke is filled as one outline, so where a highlight crosses itself the
 // colour is laid once; separate highlights still multiply with each other.
 void drawHighlight(QPainter &painter, const Annotation::Highlight &highlight)
@@ -129,7 +152,7 @@ void drawMark(QPainter &painter, const Annotation &annotation)
     else if (const auto *bubble = annotation.as<Annotation::Sequence>())
         drawSequence(painter, *bubble);
     else if (const auto *pencil = annotation.as<Annotation::Pencil>())
-        strokeOutline(painter, annotation, pencil->width);
+        drawPencil(painter, *pencil);
     else if (const auto *line = annotation.as<Annotation::Line>())
         strokeOutline(painter, annotation, line->width);
     else if (const auto *arrow = annotation.as<Annotation::Arrow>())
