@@ -145,6 +145,33 @@ TEST_P(FlattenAt, PencilEndsAreRound)
     expectColour(at(out, {15.2, 35.2}, scale()), grey);
 }
 
+TEST_P(FlattenAt, LongPencilIsStrokedAlongItsWholeTrace)
+{
+    QList<QPointF> zigzag;
+    for (int i = 0; i < 60; ++i)
+        zigzag.append(QPointF(10 + 3 * i, i % 2 ? 50 : 70));
+    const QImage out = flatten(canvas(), {Annotation::pencil(zigzag, red, 4)});
+    for (int i = 1; i + 1 < zigzag.size(); ++i) {
+        expectColour(at(out, zigzag[i], scale()), red);
+        expectColour(at(out, (zigzag[i] + zigzag[i + 1]) / 2, scale()), red);
+    }
+    expectColour(at(out, {100, 80}, scale()), grey);
+    expectColour(at(out, {100, 40}, scale()), grey);
+}
+
+TEST_P(FlattenAt, LongTranslucentPencilIsLaidOnceWhereItsSegmentsMeet)
+{
+    QList<QPointF> trace;
+    for (int i = 0; i < 40; ++i)
+        trace.append(QPointF(10 + 4 * i, 75 + (i % 2)));
+    const QColor translucent(0, 0, 255, 128);
+    const QImage out = flatten(canvas(), {Annotation::pencil(trace, translucent, 6)});
+    const QColor single = at(out, (trace[3] + trace[4]) / 2, scale());
+    EXPECT_LT(single.red(), grey.red());
+    for (int i : {8, 16, 17, 32})
+        expectColour(at(out, trace[i], scale()), single, 2);
+}
+
 TEST_P(FlattenAt, LineAndBentArrowAreStroked)
 {
     const QImage out = flatten(canvas(), {Annotation::line({20, 20}, {180, 20}, blue, 4),
