@@ -2,6 +2,7 @@
 
 #include <QFontDatabase>
 #include <QGlyphRun>
+#include <QHash>
 #include <QImage>
 #include <QPainter>
 #include <QPainterPath>
@@ -116,11 +117,25 @@ void drawLayout(QPainter &painter, const QTextLayout &layout, QPointF at, const 
 
 QString familyFor(const TextFont &font)
 {
-    for (const QString &family : candidates(font)) {
-        if (!family.isEmpty() && QFontDatabase::hasFamily(family))
-            return family;
+    const QStringList wanted = candidates(font);
+    if (wanted.isEmpty())
+        return systemFamily();
+    // Asking the font database costs far more than a measure, and boxes are
+    // measured on every pointer move over text; fonts installed while the
+    // program runs are seen at its next start.
+    thread_local QHash<QStringList, QString> resolved;
+    const auto known = resolved.constFind(wanted);
+    if (known != resolved.constEnd())
+        return *known;
+    QString family = systemFamily();
+    for (const QString &candidate : wanted) {
+        if (!candidate.isEmpty() && QFontDatabase::hasFamily(candidate)) {
+            family = candidate;
+            break;
+        }
     }
-    return systemFamily();
+    resolved.insert(wanted, family);
+    return family;
 }
 
 QFont font(const TextOptions &options)

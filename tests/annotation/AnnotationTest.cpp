@@ -398,6 +398,22 @@ TEST(Resized, PencilPointsKeepTheirFractionalPlaceAndWidth)
     EXPECT_EQ(resized.width, 4);
 }
 
+TEST(Resized, HighlightAndStraightLineMapTheirPoints)
+{
+    const auto highlight = Annotation::highlight({{10, 10}, {50, 30}}, Annotation::highlightYellow(), 18);
+    const QRectF hb = highlight.boundingRect();
+    const QRectF doubled(hb.left(), hb.top(), 2 * hb.width(), 2 * hb.height());
+    const auto resizedHighlight = *highlight.resized(doubled).as<Annotation::Highlight>();
+    expectPoint(resizedHighlight.points[1], hb.topLeft() + 2 * (QPointF(50, 30) - hb.topLeft()), 1e-6);
+    EXPECT_EQ(resizedHighlight.width, 18);
+
+    const auto line = Annotation::line({0, 0}, {40, 0}, red, 2);
+    const QRectF lb = line.boundingRect();
+    const auto resizedLine = *line.resized(lb.translated(5, 5)).as<Annotation::Line>();
+    expectPoint(resizedLine.to, {45, 5}, 1e-6);
+    EXPECT_FALSE(resizedLine.bend.has_value());
+}
+
 TEST(Resized, LineMovesItsEndsAndBend)
 {
     const auto line = Annotation::arrow({10, 10}, {110, 10}, red, 3, QPointF(60, 50));

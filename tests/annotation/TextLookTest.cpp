@@ -268,6 +268,21 @@ TEST(TextLookDraw, BackgroundFillsARoundedPlateUnderContrastLetters)
     EXPECT_TRUE(rect.toAlignedRect().contains(inkBounds(image, page)));
 }
 
+TEST(TextLookDraw, WhiteBackgroundTextGetsBlackLettersAndRedGetsWhite)
+{
+    const QColor page(0, 128, 0);
+    const TextOptions o = options(30, TextStyle::background);
+    for (const auto &[plate, letters] : {std::pair{QColor(Qt::white), QColor(Qt::black)},
+                                         std::pair{QColor(0xFF, 0x3B, 0x30), QColor(Qt::white)}}) {
+        const QRectF rect(QPointF(10, 10), TextLook::boxSize("Wax", o));
+        QImage image = blank(QSize(200, 100), page);
+        QPainter painter(&image);
+        TextLook::draw(painter, "Wax", o, plate, rect);
+        painter.end();
+        EXPECT_GT(countPixels(image, rect.toAlignedRect(), letters.rgb()), 50);
+    }
+}
+
 TEST(TextLookDraw, InvalidColourFallsBackToRed)
 {
     const TextOptions o = options(30, TextStyle::background);
