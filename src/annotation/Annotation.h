@@ -12,6 +12,7 @@
 
 #include <array>
 #include <optional>
+#include <type_traits>
 #include <variant>
 
 namespace glimpso {

@@ -34,12 +34,13 @@ void indexBlocks(int pixels, double block, std::vector<int> &ofPixel, std::vecto
 
 PixelBlocks::PixelBlocks(const QImage &image, double blockSize)
     : m_source(image.convertToFormat(QImage::Format_ARGB32_Premultiplied))
-    , m_blockSize(blockSize)
+    // A block smaller than a pixel is a pixel: every pixel keeps its colour.
+    , m_blockSize(blockSize > 0 ? std::max(blockSize, 1.0) : 0.0)
 {
     if (!isValid())
         return;
-    indexBlocks(m_source.width(), blockSize, m_columnOfPixel, m_columnStarts);
-    indexBlocks(m_source.height(), blockSize, m_rowOfPixel, m_rowStarts);
+    indexBlocks(m_source.width(), m_blockSize, m_columnOfPixel, m_columnStarts);
+    indexBlocks(m_source.height(), m_blockSize, m_rowOfPixel, m_rowStarts);
     m_averages.resize(size_t(blockCount()));
     m_known.resize(size_t(blockCount()));
 }

@@ -13,7 +13,8 @@ namespace glimpso {
 // only the pixels under them, and never averages a block twice.
 class PixelBlocks {
 public:
-    // `blockSize` in pixels; any positive size, fractions allowed.
+    // `blockSize` in pixels; any positive size, fractions allowed, below one
+    // pixel taken as one.
     PixelBlocks(const QImage &image, double blockSize);
 
     bool isValid() const { return !m_source.isNull() && m_blockSize > 0; }

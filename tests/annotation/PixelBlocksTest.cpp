@@ -59,6 +59,12 @@ TEST(PixelBlocks, AveragesKeepTranslucency)
     EXPECT_EQ(qAlpha(result.pixel(3, 3)), 0);
 }
 
+TEST(PixelBlocks, BlocksSmallerThanAPixelLeaveThePictureAsItIs)
+{
+    const QImage image = gradient({9, 7});
+    EXPECT_EQ(PixelBlocks(image, 0.4).pixellated(), image);
+}
+
 TEST(PixelBlocks, IsInvalidWithoutAPictureOrABlock)
 {
     EXPECT_FALSE(PixelBlocks(QImage(), 8).isValid());
