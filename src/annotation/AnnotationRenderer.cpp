@@ -1,6 +1,7 @@
 #include "annotation/AnnotationRenderer.h"
 
 #include "annotation/PixelBlocks.h"
+#include "annotation/StrokeGeometry.h"
 #include "annotation/TextLook.h"
 
 #include <QColorSpace>
@@ -28,27 +29,56 @@ void strokeOutline(QPainter &painter, const Annotation &annotation, double width
     painter.drawPath(annotation.path());
 }
 
-// Segments a pencil stroke is cut into when drawn in pieces.
-constexpr qsizetype piecePoints = 16;
+// Largest piece of an open stroke, in device pixels and in segments.
+constexpr double pieceLengthPixels = 256;
+constexpr int pieceSegments = 4;
 
-// A long freehand trace, stroked as one outline, costs the antialiasing
-// rasteriser far more than the same trace in short pieces. With an opaque
-// colour the pieces give the very same shape: round caps where two pieces meet
-// are exactly round joins. A translucent colour would build up where pieces
-// overlap, so it keeps the single outline.
-void drawPencil(QPainter &painter, const Annotation::Pencil &pencil)
+double devicePixelsPerPoint(const QPainter &painter)
 {
-    painter.setPen(roundPen(pencil.color, pencil.width));
+    return std::max(std::sqrt(std::abs(painter.deviceTransform().determinant())), 1e-6);
+}
+
+// Strokes open polylines with round caps and joins. Qt's antialiasing
+// rasteriser spends time in proportion to the area an outline spans, so a
+// long trace or a long diagonal line stroked as one outline is slow; in short
+// pieces it is fast. With an opaque colour the pieces make the very same
+// shape: round caps where two pieces meet are exactly round joins. A
+// translucent colour would build up where pieces overlap, so it keeps the
+// single outline `whole`.
+void strokeOpen(QPainter &painter, const QList<QList<QPointF>> &polylines, const QPen &pen, const QPainterPath &whole)
+{
+    painter.setPen(pen);
     painter.setBrush(Qt::NoBrush);
-    const QList<QPointF> &points = pencil.points;
-    if (pencil.color.alpha() < 255 || points.size() <= piecePoints) {
-        painter.drawPath(pencil.path());
+    if (pen.color().alpha() < 255) {
+        painter.drawPath(whole);
         return;
     }
-    for (qsizetype first = 0; first + 1 < points.size(); first += piecePoints) {
-        const qsizetype count = std::min(piecePoints + 1, points.size() - first);
-        painter.drawPolyline(points.constData() + first, int(count));
+    const double maxLength = pieceLengthPixels / devicePixelsPerPoint(painter);
+    for (const QList<QPointF> &polyline : polylines) {
+        for (const QList<QPointF> &piece : StrokeGeometry::pieces(polyline, maxLength, pieceSegments))
+            painter.drawPolyline(piece.constData(), int(piece.size()));
     }
+}
+
+void drawPencil(QPainter &painter, const Annotation::Pencil &pencil)
+{
+    strokeOpen(painter, {pencil.points}, roundPen(pencil.color, pencil.width), pencil.path());
+}
+
+void drawLine(QPainter &painter, const Annotation::Line &line)
+{
+    strokeOpen(painter, {StrokeGeometry::segmentPolyline(line.from, line.to, line.bend)},
+               roundPen(line.color, line.width), line.shaftPath());
+}
+
+// The shaft and the head's two strokes, each with round ends.
+void drawArrow(QPainter &painter, const Annotation &annotation, const Annotation::Arrow &arrow)
+{
+    const auto head = arrow.headEnds();
+    strokeOpen(painter,
+               {StrokeGeometry::segmentPolyline(arrow.from, arrow.to, arrow.bend), {arrow.to, head[0]},
+                {arrow.to, head[1]}},
+               roundPen(arrow.color, arrow.width), annotation.path());
 }
 
 // One stroke is filled as one outline, so where a highlight crosses itself the
@@ -154,9 +184,9 @@ void drawMark(QPainter &painter, const Annotation &annotation)
     else if (const auto *pencil = annotation.as<Annotation::Pencil>())
         drawPencil(painter, *pencil);
     else if (const auto *line = annotation.as<Annotation::Line>())
-        strokeOutline(painter, annotation, line->width);
+        drawLine(painter, *line);
     else if (const auto *arrow = annotation.as<Annotation::Arrow>())
-        strokeOutline(painter, annotation, arrow->width);
+        drawArrow(painter, annotation, *arrow);
     else if (const auto *rect = annotation.as<Annotation::Rect>())
         strokeOutline(painter, annotation, rect->width);
     else if (const auto *ellipse = annotation.as<Annotation::Ellipse>())

@@ -91,6 +91,41 @@ QList<QPointF> segmentPolyline(QPointF from, QPointF to, const std::optional<QPo
     return points;
 }
 
+QList<QList<QPointF>> pieces(const QList<QPointF> &points, double maxLength, int maxSegments)
+{
+    QList<QList<QPointF>> result;
+    if (points.size() < 2 || !(maxLength > 0) || maxSegments < 1)
+        return result;
+    QList<QPointF> piece{points.first()};
+    double pieceLength = 0;
+    const auto close = [&](QPointF at) {
+        result.append(piece);
+        piece = {at};
+        pieceLength = 0;
+    };
+    for (qsizetype i = 1; i < points.size(); ++i) {
+        QPointF from = piece.last();
+        const QPointF to = points[i];
+        double remaining = length(to - from);
+        // Cut a segment too long for the room left in this piece.
+        while (pieceLength + remaining > maxLength) {
+            const double room = maxLength - pieceLength;
+            const QPointF cut = from + (to - from) * (room / remaining);
+            piece.append(cut);
+            close(cut);
+            from = cut;
+            remaining -= room;
+        }
+        piece.append(to);
+        pieceLength += remaining;
+        if (piece.size() > maxSegments && i + 1 < points.size())
+            close(to);
+    }
+    if (piece.size() > 1)
+        result.append(piece);
+    return result;
+}
+
 bool ellipseContains(const QRectF &frame, QPointF p)
 {
     const double rx = frame.width() / 2.0;

@@ -43,4 +43,9 @@ bool rectContains(const QRectF &rect, QPointF p);
 
 double length(QPointF v);
 
+// The polyline cut into consecutive pieces, each at most `maxLength` long and
+// of at most `maxSegments` segments; a piece begins where the one before it
+// ended. A lone point gives no piece.
+QList<QList<QPointF>> pieces(const QList<QPointF> &points, double maxLength, int maxSegments);
+
 } // namespace glimpso::StrokeGeometry

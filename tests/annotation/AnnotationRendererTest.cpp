@@ -172,6 +172,24 @@ TEST_P(FlattenAt, LongTranslucentPencilIsLaidOnceWhereItsSegmentsMeet)
         expectColour(at(out, trace[i], scale()), single, 2);
 }
 
+TEST_P(FlattenAt, LongDiagonalLineIsOneUnbrokenStrokeWithRoundEnds)
+{
+    const QPointF from(10, 10), to(190, 140);
+    const double width = 6;
+    const QImage out = flatten(canvas(), {Annotation::line(from, to, red, width)});
+    const QPointF along = (to - from) / std::hypot((to - from).x(), (to - from).y());
+    const QPointF across(-along.y(), along.x());
+    for (int i = 0; i <= 20; ++i) {
+        const QPointF p = from + (to - from) * (i / 20.0);
+        expectColour(at(out, p, scale()), red);
+        expectColour(at(out, p + across * (width / 2 + 1.5), scale()), grey);
+        expectColour(at(out, p - across * (width / 2 + 1.5), scale()), grey);
+    }
+    expectColour(at(out, to + along * (width / 2 - 1), scale()), red);
+    expectColour(at(out, to + along * (width / 2 + 1.5), scale()), grey);
+    expectColour(at(out, from - along * (width / 2 - 1), scale()), red);
+}
+
 TEST_P(FlattenAt, LineAndBentArrowAreStroked)
 {
     const QImage out = flatten(canvas(), {Annotation::line({20, 20}, {180, 20}, blue, 4),

@@ -38,3 +38,48 @@ TEST(StrokeGeometry, ALonePointHasNoStrokeToHit)
 {
     EXPECT_TRUE(std::isinf(StrokeGeometry::distanceToPolyline({0, 0}, {QPointF(0, 0)})));
 }
+
+TEST(StrokeGeometry, PiecesFollowThePolylineWithoutGaps)
+{
+    const QList<QPointF> trace{{0, 0}, {100, 0}, {100, 30}, {95, 30}, {95, 31}};
+    const auto cut = StrokeGeometry::pieces(trace, 40, 16);
+    ASSERT_FALSE(cut.isEmpty());
+    EXPECT_EQ(cut.first().first(), trace.first());
+    EXPECT_EQ(cut.last().last(), trace.last());
+    double total = 0;
+    for (qsizetype i = 0; i < cut.size(); ++i) {
+        double length = 0;
+        for (qsizetype j = 1; j < cut[i].size(); ++j)
+            length += StrokeGeometry::length(cut[i][j] - cut[i][j - 1]);
+        EXPECT_LE(length, 40 + 1e-9);
+        total += length;
+        if (i > 0) {
+            EXPECT_EQ(cut[i].first(), cut[i - 1].last());
+        }
+    }
+    EXPECT_NEAR(total, 100 + 30 + 5 + 1, 1e-9);
+    // Every corner of the trace is a point of some piece.
+    for (QPointF corner : trace) {
+        bool found = false;
+        for (const auto &piece : cut)
+            found = found || piece.contains(corner);
+        EXPECT_TRUE(found);
+    }
+}
+
+TEST(StrokeGeometry, PiecesHoldAtMostTheGivenSegments)
+{
+    QList<QPointF> trace;
+    for (int i = 0; i < 50; ++i)
+        trace.append(QPointF(i, i % 2));
+    const auto cut = StrokeGeometry::pieces(trace, 1000, 16);
+    EXPECT_EQ(cut.size(), 4);
+    for (const auto &piece : cut)
+        EXPECT_LE(piece.size(), 17);
+}
+
+TEST(StrokeGeometry, ALonePointGivesNoPiece)
+{
+    EXPECT_TRUE(StrokeGeometry::pieces({QPointF(3, 3)}, 10, 16).isEmpty());
+    EXPECT_TRUE(StrokeGeometry::pieces({}, 10, 16).isEmpty());
+}
