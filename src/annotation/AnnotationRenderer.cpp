@@ -32,6 +32,9 @@ void strokeOutline(QPainter &painter, const Annotation &annotation, double width
 // Largest piece of an open stroke, in device pixels and in segments.
 constexpr double pieceLengthPixels = 256;
 constexpr int pieceSegments = 4;
+// How far a drawn curve's chords may stray from it, in device pixels: well
+// below what antialiasing can show.
+constexpr double curveTolerancePixels = 0.05;
 
 double devicePixelsPerPoint(const QPainter &painter)
 {
@@ -65,19 +68,22 @@ void drawPencil(QPainter &painter, const Annotation::Pencil &pencil)
     strokeOpen(painter, {pencil.points}, roundPen(pencil.color, pencil.width), pencil.path());
 }
 
+QList<QPointF> drawnShaft(const QPainter &painter, const BendableSegment &segment)
+{
+    return StrokeGeometry::segmentPolyline(segment.from, segment.to, segment.bend,
+                                           curveTolerancePixels / devicePixelsPerPoint(painter));
+}
+
 void drawLine(QPainter &painter, const Annotation::Line &line)
 {
-    strokeOpen(painter, {StrokeGeometry::segmentPolyline(line.from, line.to, line.bend)},
-               roundPen(line.color, line.width), line.shaftPath());
+    strokeOpen(painter, {drawnShaft(painter, line)}, roundPen(line.color, line.width), line.shaftPath());
 }
 
 // The shaft and the head's two strokes, each with round ends.
 void drawArrow(QPainter &painter, const Annotation &annotation, const Annotation::Arrow &arrow)
 {
     const auto head = arrow.headEnds();
-    strokeOpen(painter,
-               {StrokeGeometry::segmentPolyline(arrow.from, arrow.to, arrow.bend), {arrow.to, head[0]},
-                {arrow.to, head[1]}},
+    strokeOpen(painter, {drawnShaft(painter, arrow), {arrow.to, head[0]}, {arrow.to, head[1]}},
                roundPen(arrow.color, arrow.width), annotation.path());
 }
 

@@ -72,15 +72,16 @@ double distanceToPolyline(QPointF p, const QList<QPointF> &points)
     return best;
 }
 
-QList<QPointF> segmentPolyline(QPointF from, QPointF to, const std::optional<QPointF> &bend)
+QList<QPointF> segmentPolyline(QPointF from, QPointF to, const std::optional<QPointF> &bend, double tolerance)
 {
     if (!bend)
         return {from, to};
     // A chord over a parameter step 1/n strays from a quadratic by at most
-    // |from - 2c + to| / (4 n^2); pick n so that stays under 0.005 point.
+    // |from - 2c + to| / (4 n^2); pick n so that stays within the tolerance.
     const QPointF c = controlPoint(from, to, *bend);
     const double curvature = length(from - 2.0 * c + to);
-    const int pieces = std::clamp(static_cast<int>(std::ceil(std::sqrt(curvature / 0.02))), 1, 4096);
+    const double limit = std::max(tolerance, 1e-6);
+    const int pieces = std::clamp(static_cast<int>(std::ceil(std::sqrt(curvature / (4 * limit)))), 1, 4096);
     QList<QPointF> points;
     points.reserve(pieces + 1);
     for (int i = 0; i <= pieces; ++i) {

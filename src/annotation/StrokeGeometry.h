@@ -29,9 +29,11 @@ double distanceToSegment(QPointF p, QPointF a, QPointF b);
 // is no segment, as a lone point has no stroke to hit.
 double distanceToPolyline(QPointF p, const QList<QPointF> &points);
 
-// The segment or curve as a polyline, close enough (0.005 point) that distances
+// The segment or curve as a polyline whose chords stray at most `tolerance`
+// from the curve: by default close enough (0.005 point) that distances
 // measured to it stand for distances to the curve itself.
-QList<QPointF> segmentPolyline(QPointF from, QPointF to, const std::optional<QPointF> &bend);
+QList<QPointF> segmentPolyline(QPointF from, QPointF to, const std::optional<QPointF> &bend,
+                               double tolerance = 0.005);
 
 // True when p lies in the ellipse inscribed in `frame`, edge included; an
 // ellipse with no area contains nothing.

@@ -83,3 +83,16 @@ TEST(StrokeGeometry, ALonePointGivesNoPiece)
     EXPECT_TRUE(StrokeGeometry::pieces({QPointF(3, 3)}, 10, 16).isEmpty());
     EXPECT_TRUE(StrokeGeometry::pieces({}, 10, 16).isEmpty());
 }
+
+TEST(StrokeGeometry, CoarserToleranceGivesFewerChordsStillWithinIt)
+{
+    const QPointF from(0, 0), to(300, 0), bend(150, 200);
+    const QList<QPointF> fine = StrokeGeometry::segmentPolyline(from, to, bend);
+    const QList<QPointF> coarse = StrokeGeometry::segmentPolyline(from, to, bend, 0.1);
+    EXPECT_LT(coarse.size(), fine.size());
+    const QPointF c = StrokeGeometry::controlPoint(from, to, bend);
+    for (int i = 0; i <= 1000; ++i) {
+        const double t = i / 1000.0, u = 1 - t;
+        EXPECT_LT(StrokeGeometry::distanceToPolyline(u * u * from + 2 * u * t * c + t * t * to, coarse), 0.1);
+    }
+}
