@@ -123,7 +123,7 @@ QString describe(const QRectF &rect)
 
 // The pixellated picture shows through the mosaic's frame laid upside down
 // over the image (its top row at the image's bottom), so what shows through
-// comes from the vertically mirrored place. That is the output as defined;
+// comes from the vertically mirrored place. That is how saved mosaics look;
 // the grid, anchored at the centre, stays aligned under the mirror. Only the
 // blocks under the frame are ever averaged.
 void drawMosaic(QPainter &painter, const Annotation::Mosaic &mosaic, PixelBlocks *blocks, double scale)
