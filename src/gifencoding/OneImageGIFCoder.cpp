@@ -1,0 +1,134 @@
+#include "gifencoding/OneImageGIFCoder.h"
+
+#include <gif_lib.h>
+#include <libimagequant.h>
+
+#include <algorithm>
+#include <memory>
+
+namespace gifencoding {
+
+namespace {
+
+struct AttrDeleter {
+    void operator()(liq_attr *a) const { liq_attr_destroy(a); }
+};
+struct ImageDeleter {
+    void operator()(liq_image *i) const { liq_image_destroy(i); }
+};
+struct ResultDeleter {
+    void operator()(liq_result *r) const { liq_result_destroy(r); }
+};
+struct MapDeleter {
+    void operator()(ColorMapObject *m) const { GifFreeMapObject(m); }
+};
+struct GifCloser {
+    void operator()(GifFileType *g) const { EGifCloseFile(g, nullptr); }
+};
+using AttrPtr = std::unique_ptr<liq_attr, AttrDeleter>;
+using LiqImagePtr = std::unique_ptr<liq_image, ImageDeleter>;
+using ResultPtr = std::unique_ptr<liq_result, ResultDeleter>;
+using MapPtr = std::unique_ptr<ColorMapObject, MapDeleter>;
+
+// RGBA with alpha 255: a GIF without transparency shows premultiplied
+// colours as they would look over black, which is exactly what the
+// premultiplied channels already are.
+std::vector<liq_color> opaqueRGBA(const Image &image)
+{
+    std::vector<liq_color> rgba(std::size_t(image.width()) * std::size_t(image.height()));
+    liq_color *out = rgba.data();
+    for (int y = 0; y < image.height(); ++y) {
+        const std::uint8_t *in = image.line(y);
+        for (int x = 0; x < image.width(); ++x, in += 4, ++out)
+            *out = liq_color{in[2], in[1], in[0], 255};
+    }
+    return rgba;
+}
+
+int bitsFor(unsigned colours)
+{
+    int bits = 1;
+    while ((1u << bits) < colours)
+        ++bits;
+    return bits;
+}
+
+int appendToVector(GifFileType *gif, const GifByteType *bytes, int length)
+{
+    auto *out = static_cast<std::vector<std::uint8_t> *>(gif->UserData);
+    out->insert(out->end(), bytes, bytes + length);
+    return length;
+}
+
+MapPtr colourMap(const liq_palette &palette)
+{
+    const int bits = bitsFor(std::max(palette.count, 2u));
+    MapPtr map(GifMakeMapObject(1 << bits, nullptr));
+    if (!map)
+        return nullptr;
+    for (unsigned i = 0; i < palette.count; ++i)
+        map->Colors[i] = GifColorType{palette.entries[i].r, palette.entries[i].g, palette.entries[i].b};
+    return map;
+}
+
+std::optional<std::vector<std::uint8_t>> writeGIF(int width, int height, const ColorMapObject &map,
+                                                  std::vector<GifByteType> &indices)
+{
+    std::vector<std::uint8_t> out;
+    out.reserve(indices.size() / 2 + 1024);
+    int error = 0;
+    std::unique_ptr<GifFileType, GifCloser> gif(EGifOpen(&out, appendToVector, &error));
+    if (!gif)
+        return std::nullopt;
+    if (EGifPutScreenDesc(gif.get(), width, height, map.BitsPerPixel, 0, nullptr) == GIF_ERROR ||
+        EGifPutImageDesc(gif.get(), 0, 0, width, height, false, &map) == GIF_ERROR ||
+        EGifPutLine(gif.get(), indices.data(), int(indices.size())) == GIF_ERROR)
+        return std::nullopt;
+    if (EGifCloseFile(gif.release(), &error) == GIF_ERROR)
+        return std::nullopt;
+    return out;
+}
+
+} // namespace
+
+OneImageGIFCoder::Settings OneImageGIFCoder::liveSettings()
+{
+    return Settings{};
+}
+
+std::optional<std::vector<std::uint8_t>> OneImageGIFCoder::encode(const Image &image) const
+{
+    if (image.isNull())
+        return std::nullopt;
+    const int width = image.width();
+    const int height = image.height();
+
+    AttrPtr attr(liq_attr_create());
+    if (!attr)
+        return std::nullopt;
+    liq_set_speed(attr.get(), std::clamp(settings_.speed, 1, 10));
+    liq_set_max_colors(attr.get(), 256);
+
+    std::vector<liq_color> rgba = opaqueRGBA(image);
+    LiqImagePtr liqImage(liq_image_create_rgba(attr.get(), rgba.data(), width, height, 0));
+    if (!liqImage)
+        return std::nullopt;
+    liq_result *rawResult = nullptr;
+    if (liq_image_quantize(liqImage.get(), attr.get(), &rawResult) != LIQ_OK)
+        return std::nullopt;
+    ResultPtr result(rawResult);
+    liq_set_dithering_level(result.get(), std::clamp(settings_.ditheringLevel, 0.0f, 1.0f));
+
+    std::vector<GifByteType> indices(std::size_t(width) * std::size_t(height));
+    if (liq_write_remapped_image(result.get(), liqImage.get(), indices.data(), indices.size()) != LIQ_OK)
+        return std::nullopt;
+    const liq_palette *palette = liq_get_palette(result.get());
+    if (!palette)
+        return std::nullopt;
+    MapPtr map = colourMap(*palette);
+    if (!map)
+        return std::nullopt;
+    return writeGIF(width, height, *map, indices);
+}
+
+} // namespace gifencoding
