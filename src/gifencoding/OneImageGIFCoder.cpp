@@ -4,6 +4,7 @@
 #include <libimagequant.h>
 
 #include <algorithm>
+#include <array>
 #include <memory>
 
 namespace gifencoding {
@@ -89,6 +90,61 @@ std::optional<std::vector<std::uint8_t>> writeGIF(int width, int height, const C
     return out;
 }
 
+// Screen content (text, flat fills, window chrome) often has no more than
+// 256 colours in a changed rectangle. Then the palette is the exact set of
+// colours and no pixel changes: lossless, and much faster than quantising.
+// Gives the palette and the indices, or absent when there are more colours.
+struct ExactColours {
+    std::vector<GifColorType> palette;
+    std::vector<GifByteType> indices;
+};
+
+std::optional<ExactColours> exactColours(const Image &image)
+{
+    constexpr std::size_t slots = 1024; // a power of two, well above 256
+    constexpr std::uint32_t empty = 0xFFFFFFFF; // no colour has all bits set: alpha is dropped
+    std::array<std::uint32_t, slots> keys;
+    std::array<std::uint8_t, slots> values{};
+    keys.fill(empty);
+    ExactColours out;
+    out.indices.resize(std::size_t(image.width()) * std::size_t(image.height()));
+    GifByteType *index = out.indices.data();
+    std::uint32_t lastKey = empty;
+    GifByteType lastIndex = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        const std::uint8_t *in = image.line(y);
+        for (int x = 0; x < image.width(); ++x, in += 4) {
+            const std::uint32_t key = std::uint32_t(in[0]) | std::uint32_t(in[1]) << 8 | std::uint32_t(in[2]) << 16;
+            if (key != lastKey) {
+                std::size_t slot = ((key * 2654435761u) >> 22) & (slots - 1);
+                while (keys[slot] != key && keys[slot] != empty)
+                    slot = (slot + 1) & (slots - 1);
+                if (keys[slot] == empty) {
+                    if (out.palette.size() == 256)
+                        return std::nullopt;
+                    keys[slot] = key;
+                    values[slot] = std::uint8_t(out.palette.size());
+                    out.palette.push_back(GifColorType{in[2], in[1], in[0]});
+                }
+                lastKey = key;
+                lastIndex = values[slot];
+            }
+            *index++ = lastIndex;
+        }
+    }
+    return out;
+}
+
+MapPtr colourMap(const std::vector<GifColorType> &colours)
+{
+    const int bits = bitsFor(std::max<unsigned>(unsigned(colours.size()), 2u));
+    MapPtr map(GifMakeMapObject(1 << bits, nullptr));
+    if (!map)
+        return nullptr;
+    std::copy(colours.begin(), colours.end(), map->Colors);
+    return map;
+}
+
 } // namespace
 
 OneImageGIFCoder::Settings OneImageGIFCoder::liveSettings()
@@ -102,6 +158,13 @@ std::optional<std::vector<std::uint8_t>> OneImageGIFCoder::encode(const Image &i
         return std::nullopt;
     const int width = image.width();
     const int height = image.height();
+
+    if (auto exact = exactColours(image)) {
+        MapPtr map = colourMap(exact->palette);
+        if (!map)
+            return std::nullopt;
+        return writeGIF(width, height, *map, exact->indices);
+    }
 
     AttrPtr attr(liq_attr_create());
     if (!attr)

@@ -43,8 +43,48 @@ TEST(OneImageGIFCoder, CodesAFewColoursExactly)
     canvas.paint(image, 0, 0);
     ASSERT_EQ(giflib.frames.size(), 1u);
     ASSERT_EQ(magick.frames.size(), 1u);
-    EXPECT_LE(GIFReadBack::largestDifference(giflib.frames[0].rgb, canvas.rgb()), 2);
-    EXPECT_LE(GIFReadBack::largestDifference(magick.frames[0].rgb, canvas.rgb()), 2);
+    EXPECT_EQ(GIFReadBack::largestDifference(giflib.frames[0].rgb, canvas.rgb()), 0);
+    EXPECT_EQ(GIFReadBack::largestDifference(magick.frames[0].rgb, canvas.rgb()), 0);
+}
+
+// 256 colours in a 16 × 16 picture, or one more in a 17 × 17 one.
+Image distinctColours(int side, int count)
+{
+    std::vector<std::uint8_t> bgra;
+    for (int i = 0; i < side * side; ++i) {
+        const int c = i % count;
+        bgra.insert(bgra.end(), {std::uint8_t(c * 7), std::uint8_t(255 - c), std::uint8_t(c / 2 + 3), 255});
+    }
+    return Image::fromBGRA(bgra, side, side);
+}
+
+TEST(OneImageGIFCoder, KeepsUpTo256ColoursWithoutAnyChange)
+{
+    const Image image = distinctColours(16, 256);
+    const auto gif = OneImageGIFCoder().encode(image);
+    ASSERT_TRUE(gif);
+    const auto path = saved(*gif, "256");
+    const auto giflib = GIFReadBack::withGiflib(path);
+    std::filesystem::remove(path);
+    TestImages::Canvas canvas(16, 16);
+    canvas.paint(image, 0, 0);
+    ASSERT_EQ(giflib.frames.size(), 1u);
+    EXPECT_EQ(GIFReadBack::largestDifference(giflib.frames[0].rgb, canvas.rgb()), 0);
+}
+
+TEST(OneImageGIFCoder, QuantisesMoreThan256ColoursToAClosePalette)
+{
+    const Image image = distinctColours(17, 289);
+    const auto gif = OneImageGIFCoder().encode(image);
+    ASSERT_TRUE(gif);
+    const auto path = saved(*gif, "289");
+    const auto giflib = GIFReadBack::withGiflib(path);
+    std::filesystem::remove(path);
+    TestImages::Canvas canvas(17, 17);
+    canvas.paint(image, 0, 0);
+    ASSERT_EQ(giflib.frames.size(), 1u);
+    EXPECT_GT(GIFReadBack::largestDifference(giflib.frames[0].rgb, canvas.rgb()), 0);
+    EXPECT_LE(GIFReadBack::meanDifference(giflib.frames[0].rgb, canvas.rgb()), 6.0);
 }
 
 TEST(OneImageGIFCoder, KeepsAGradientCloseToTheSource)
