@@ -5,6 +5,7 @@
 //
 //   glimpso-gifbench --input VIDEO --fps N --out FILE [--whole-frames] [--realtime]
 //                    [--speed 1..10] [--dither 0..1]   (the coder's settings, for tuning)
+//                    [--decode-only]   (everything but the writer: the baseline of the figures)
 //
 // By default a refused frame is offered again after 2 ms, as a conversion
 // does, so the figures measure throughput. With --realtime frames are offered
@@ -48,6 +49,7 @@ struct Options {
     double fps = 15;
     bool wholeFrames = false;
     bool realtime = false;
+    bool decodeOnly = false;
     gifencoding::OneImageGIFCoder::Settings coder = gifencoding::OneImageGIFCoder::liveSettings();
 };
 
@@ -71,6 +73,8 @@ Options parse(int argc, char **argv)
             o.wholeFrames = true;
         else if (a == "--realtime")
             o.realtime = true;
+        else if (a == "--decode-only")
+            o.decodeOnly = true;
         else if (a == "--speed")
             o.coder.speed = std::stoi(value());
         else if (a == "--dither")
@@ -248,6 +252,10 @@ int run(const Options &o)
         // The recorder copies the changed area out of the capture buffer, so
         // a frame in flight holds only its own rectangle.
         const Image region = copyOf(*image.cropped(rect));
+        if (o.decodeOnly) {
+            shown = std::move(pixels);
+            return;
+        }
         if (o.realtime)
             std::this_thread::sleep_until(start + std::chrono::duration<double>(time));
         ++offered;
