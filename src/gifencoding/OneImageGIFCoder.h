@@ -22,8 +22,7 @@ public:
         float ditheringLevel = 1.0f;
     };
 
-    // What live recording uses: keeps up with a changing full-HD area at 15
-    // frames a second on two cores (see docs/gifencoding.md for the figures).
+    // What the writer uses unless told otherwise: speed 10, no dithering.
     static Settings liveSettings();
 
     OneImageGIFCoder() : OneImageGIFCoder(liveSettings()) {}
