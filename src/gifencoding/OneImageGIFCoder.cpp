@@ -31,19 +31,16 @@ using LiqImagePtr = std::unique_ptr<liq_image, ImageDeleter>;
 using ResultPtr = std::unique_ptr<liq_result, ResultDeleter>;
 using MapPtr = std::unique_ptr<ColorMapObject, MapDeleter>;
 
-// RGBA with alpha 255: a GIF without transparency shows premultiplied
-// colours as they would look over black, which is exactly what the
-// premultiplied channels already are.
-std::vector<liq_color> opaqueRGBA(const Image &image)
+// Hands libimagequant one row at a time as RGBA with alpha 255, so no RGBA
+// copy of the whole picture is made. A GIF without transparency shows
+// premultiplied colours as they would look over black, which is exactly what
+// the premultiplied channels already are.
+void opaqueRGBARow(liq_color rowOut[], int row, int width, void *userInfo)
 {
-    std::vector<liq_color> rgba(std::size_t(image.width()) * std::size_t(image.height()));
-    liq_color *out = rgba.data();
-    for (int y = 0; y < image.height(); ++y) {
-        const std::uint8_t *in = image.line(y);
-        for (int x = 0; x < image.width(); ++x, in += 4, ++out)
-            *out = liq_color{in[2], in[1], in[0], 255};
-    }
-    return rgba;
+    const auto *image = static_cast<const Image *>(userInfo);
+    const std::uint8_t *in = image->line(row);
+    for (int x = 0; x < width; ++x, in += 4)
+        rowOut[x] = liq_color{in[2], in[1], in[0], 255};
 }
 
 int bitsFor(unsigned colours)
@@ -178,8 +175,8 @@ std::optional<std::vector<std::uint8_t>> OneImageGIFCoder::encode(const Image &i
     liq_set_speed(attr.get(), std::clamp(settings_.speed, 1, 10));
     liq_set_max_colors(attr.get(), 256);
 
-    std::vector<liq_color> rgba = opaqueRGBA(image);
-    LiqImagePtr liqImage(liq_image_create_rgba(attr.get(), rgba.data(), width, height, 0));
+    LiqImagePtr liqImage(liq_image_create_custom(attr.get(), opaqueRGBARow,
+                                                 const_cast<Image *>(&image), width, height, 0));
     if (!liqImage)
         return std::nullopt;
     liq_result *rawResult = nullptr;
