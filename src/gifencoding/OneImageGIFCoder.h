@@ -8,11 +8,13 @@
 
 namespace gifencoding {
 
-// Codes one picture as a complete GIF file in memory: libimagequant picks a
-// palette of up to 256 colours for exactly the pixels given (so a small
-// changed rectangle gets a palette of its own colours) and maps the pixels
-// onto it with its error diffusion; giflib writes the LZW bytes. The image
-// carries a local colour table and no transparency.
+// Codes one picture as a complete GIF file in memory. A picture of at most
+// 256 colours (most changed rectangles of screen content) gets exactly those
+// colours, losslessly. Otherwise libimagequant picks a palette of up to 256
+// colours for exactly the pixels given (so a small changed rectangle gets a
+// palette of its own colours) and maps the pixels onto it, with error
+// diffusion if asked. giflib writes the LZW bytes. The image carries a local
+// colour table and no transparency.
 class OneImageGIFCoder {
 public:
     struct Settings {

@@ -163,6 +163,11 @@ double meanDifference(const std::vector<std::uint8_t> &a, const std::vector<std:
     return sum / double(a.size());
 }
 
+std::string giftext(const std::filesystem::path &file)
+{
+    return run("giftext " + quoted(file) + " 2>&1");
+}
+
 std::vector<std::uint8_t> readFile(const std::filesystem::path &file)
 {
     std::ifstream in(file, std::ios::binary);

@@ -37,6 +37,9 @@ int largestDifference(const std::vector<std::uint8_t> &a, const std::vector<std:
 // The mean absolute difference over all channels.
 double meanDifference(const std::vector<std::uint8_t> &a, const std::vector<std::uint8_t> &b);
 
+// giflib's own dump of the file (giftext); it also reads files without any image.
+std::string giftext(const std::filesystem::path &file);
+
 std::vector<std::uint8_t> readFile(const std::filesystem::path &file);
 
 } // namespace GIFReadBack

@@ -110,6 +110,22 @@ protected:
         }
     }
 
+    // Both readers count the frames; for files whose delays depend on timing.
+    void expectFrameCount(std::size_t count)
+    {
+        EXPECT_EQ(GIFReadBack::withGiflib(file()).frames.size(), count);
+        EXPECT_EQ(GIFReadBack::withImageMagick(file()).frames.size(), count);
+    }
+
+    // A file of header and trailer only: giflib's reader goes through it to
+    // the end and finds no image (DGifSlurp refuses such files, giftext reads them).
+    void expectReadableWithoutImages()
+    {
+        const std::string dump = GIFReadBack::giftext(file());
+        EXPECT_NE(dump.find("GIF file terminated normally"), std::string::npos) << dump;
+        EXPECT_EQ(dump.find("Image #"), std::string::npos) << dump;
+    }
+
     std::filesystem::path dir_;
 };
 
@@ -157,6 +173,7 @@ TEST_F(GIFWriterTest, WritesOnlyHeaderAndTrailerWithoutFrames)
     expected.push_back(0x3B);
     EXPECT_EQ(GIFReadBack::readFile(file()), expected);
     EXPECT_EQ(stats, GIFWriter::Stats{});
+    expectReadableWithoutImages();
 }
 
 TEST_F(GIFWriterTest, WritesLowSixteenBitsOfScreenSize)
@@ -403,6 +420,7 @@ TEST_F(GIFWriterTest, AcceptsFramesAgainOnceTheEncoderCatchesUp)
     const auto stats = writer.finish(t + 0.1);
     EXPECT_EQ(accepted, 3);
     EXPECT_EQ(stats.framesWritten, 3);
+    expectFrameCount(3);
 }
 
 TEST_F(GIFWriterTest, SkipsAFrameWhoseCodedFormHasNoImageSeparator)
@@ -474,6 +492,7 @@ TEST_F(GIFWriterTest, ReplacesAnExistingFile)
     GIFWriter writer(file(), 16, 12, 8);
     writer.finish(0);
     EXPECT_EQ(std::filesystem::file_size(file()), 33u);
+    expectReadableWithoutImages();
 }
 
 TEST_F(GIFWriterTest, ThrowsWhenTheFileCannotBeCreated)
