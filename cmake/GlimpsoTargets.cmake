@@ -42,3 +42,24 @@ function(glimpso_test name)
     DISCOVERY_TIMEOUT 60
     PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen" LABELS unit)
 endfunction()
+
+# glimpso_add_folders(<folder>...): adds each folder that has a CMakeLists.txt.
+# The folders themselves become configure dependencies, so a folder that gains
+# its CMakeLists.txt (a merge, a new library) is picked up by the next build
+# without a fresh configure.
+function(glimpso_add_folders)
+  foreach(folder IN LISTS ARGN)
+    if(NOT IS_ABSOLUTE ${folder})
+      set(folder ${CMAKE_CURRENT_SOURCE_DIR}/${folder})
+    endif()
+    # A folder that does not exist yet is watched through its nearest parent.
+    set(watched ${folder})
+    while(NOT IS_DIRECTORY ${watched})
+      get_filename_component(watched ${watched} DIRECTORY)
+    endwhile()
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${watched})
+    if(EXISTS ${folder}/CMakeLists.txt)
+      add_subdirectory(${folder})
+    endif()
+  endforeach()
+endfunction()

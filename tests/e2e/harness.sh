@@ -107,14 +107,30 @@ e2e_setup() {
   wait_for "the session bus" 20 dbus-send --session --print-reply --dest=org.freedesktop.DBus \
     /org/freedesktop/DBus org.freedesktop.DBus.GetId
 
-  openbox --sm-disable >"$E2E_DIR/openbox.log" 2>&1 &
-  E2E_PIDS+=($!)
-  wait_for "the window manager" 20 bash -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"'
+  start_window_manager
+  wait_for "the window manager" 20 window_manager_ready
 
   dunst >"$E2E_DIR/dunst.log" 2>&1 &
   E2E_PIDS+=($!)
   wait_for "the notification server" 20 bus_name_has_owner org.freedesktop.Notifications
   e2e_log "desktop ready on $DISPLAY ($size)"
+}
+
+# openbox, started again if it gave up at once: on a loaded machine its first
+# connection has been seen to fail while the server already answered.
+start_window_manager() {
+  openbox --sm-disable >>"$E2E_DIR/openbox.log" 2>&1 &
+  E2E_WM_PID=$!
+  E2E_PIDS+=($E2E_WM_PID)
+}
+
+window_manager_ready() {
+  xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q "window id" && return 0
+  if ! kill -0 "$E2E_WM_PID" 2>/dev/null; then
+    e2e_log "openbox ended ($(xdpyinfo >/dev/null 2>&1 && echo "the X server answers" || echo "the X server is gone")); starting it again" 2>>"$E2E_DIR/openbox.log"
+    start_window_manager
+  fi
+  return 1
 }
 
 e2e_start_glimpso() {
