@@ -8,5 +8,8 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "dbus-user-session")
+# The session bus lets copies find each other; the fonts are the faces the
+# annotation text styles resolve to (the desktop font stands in without them).
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
+    "dbus-user-session, fonts-noto-core, fonts-noto-mono, fonts-quicksand | fonts-comfortaa")
 include(CPack)
