@@ -1,8 +1,10 @@
 # End-to-end harness: a private desktop per test, and helpers to drive glimpso
 # as a person would. Sourced by every case in cases/; later cases reuse it.
 #
-#   e2e_setup [--size WxH]
-#       Xvfb on a free display, a private session
+#   e2e_setup [--size WxH] [--monitors "WxH+X+Y WxH+X+Y ..."]
+#       An X server on a free display: Xvfb with one screen of --size, or with
+#       --monitors the Xorg dummy driver with one RandR output per monitor
+#       (real outputs and CRTCs, as several displays on a desk); a private session
 #       bus, openbox, dunst, and a temporary HOME with its XDG folders.
 #   e2e_start_glimpso [args]      start the built glimpso, wait until it answers
 #   e2e_glimpso ARGS...           run the glimpso command line in this session
@@ -26,6 +28,7 @@ E2E_PIDS=()
 E2E_CLEANUPS=()
 GLIMPSO_PID=""
 GLIMPSO_LOG=$E2E_DIR/glimpso.log
+E2E_HARNESS_DIR=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 
 e2e_log() { printf '[e2e %s] %s\n' "$(date +%T)" "$*" >&2; }
 
@@ -74,10 +77,11 @@ bus_name_has_owner() {
 }
 
 e2e_setup() {
-  local size=1280x800
+  local size=1280x800 monitors=""
   while [ $# -gt 0 ]; do
     case $1 in
       --size) size=$2; shift 2 ;;
+      --monitors) monitors=$2; shift 2 ;;
       *) e2e_fail "e2e_setup: unknown option $1" ;;
     esac
   done
@@ -91,15 +95,12 @@ e2e_setup() {
   unset WAYLAND_DISPLAY QT_QPA_PLATFORM SESSION_MANAGER
   export LANG=C.UTF-8
 
-  # Xvfb picks a free display itself and writes its number.
-  Xvfb -displayfd 3 -screen 0 "${size}x24" -nolisten tcp +extension RANDR +extension MIT-SHM \
-    3>"$E2E_DIR/display" >"$E2E_DIR/xvfb.log" 2>&1 &
-  E2E_PIDS+=($!)
-  # Only a whole line counts: a display number read half-written would point
-  # at another test's server.
-  wait_for "Xvfb to choose a display" 20 bash -c "[ \$(wc -l <'$E2E_DIR/display') -ge 1 ]"
-  export DISPLAY=":$(head -n1 "$E2E_DIR/display")"
-  wait_for "the X server at $DISPLAY" 20 xdpyinfo
+  if [ -n "$monitors" ]; then
+    start_xorg_with_monitors "$monitors"
+    size=$(xdpyinfo | awk '/dimensions:/ {print $2}')
+  else
+    start_xvfb "$size"
+  fi
 
   dbus-daemon --session --nofork --address="unix:path=$XDG_RUNTIME_DIR/bus" >"$E2E_DIR/dbus.log" 2>&1 &
   E2E_PIDS+=($!)
@@ -113,7 +114,55 @@ e2e_setup() {
   dunst >"$E2E_DIR/dunst.log" 2>&1 &
   E2E_PIDS+=($!)
   wait_for "the notification server" 20 bus_name_has_owner org.freedesktop.Notifications
-  e2e_log "desktop ready on $DISPLAY ($size)"
+  e2e_log "desktop ready on $DISPLAY ($size${monitors:+, monitors $monitors})"
+}
+
+# The server picks a free display itself (-displayfd) and writes its number;
+# only a whole line counts, a number read half-written would point at another
+# test's server.
+wait_for_display_number() {
+  wait_for "the X server to choose a display" 20 bash -c "[ \$(wc -l <'$E2E_DIR/display') -ge 1 ]"
+  export DISPLAY=":$(head -n1 "$E2E_DIR/display")"
+  wait_for "the X server at $DISPLAY" 20 xdpyinfo
+}
+
+start_xvfb() {
+  Xvfb -displayfd 3 -screen 0 "${1}x24" -nolisten tcp +extension RANDR +extension MIT-SHM \
+    3>"$E2E_DIR/display" >"$E2E_DIR/xvfb.log" 2>&1 &
+  E2E_PIDS+=($!)
+  wait_for_display_number
+}
+
+# start_xorg_with_monitors "WxH+X+Y ...": output DUMMY<i> shows monitor i, the
+# first one primary.
+start_xorg_with_monitors() {
+  local geometry w h x y right=0 bottom=0
+  for geometry in $1; do
+    IFS='x+' read -r w h x y <<<"$geometry"
+    right=$(( x + w > right ? x + w : right ))
+    bottom=$(( y + h > bottom ? y + h : bottom ))
+  done
+  sed "s/@VIRTUAL@/$right $bottom/" "$E2E_HARNESS_DIR/xorg-dummy.conf" >"$E2E_DIR/xorg.conf"
+  Xorg -displayfd 3 -config "$E2E_DIR/xorg.conf" -logfile "$E2E_DIR/xorg-server.log" \
+    -nolisten tcp -noreset +extension MIT-SHM 3>"$E2E_DIR/display" >"$E2E_DIR/xorg.log" 2>&1 &
+  E2E_PIDS+=($!)
+  wait_for_display_number
+
+  local i=0 mode layout=()
+  for geometry in $1; do
+    IFS='x+' read -r w h x y <<<"$geometry"
+    mode="${w}x${h}_glimpso"
+    if ! xrandr | grep -q "^ *$mode "; then
+      # shellcheck disable=SC2046
+      xrandr --newmode "$mode" $(gtf "$w" "$h" 60 | awk '/Modeline/ {for (i = 3; i <= NF; i++) printf "%s ", $i}') 2>/dev/null || true
+    fi
+    xrandr --addmode "DUMMY$i" "$mode"
+    layout+=(--output "DUMMY$i" --mode "$mode" --pos "${x}x${y}")
+    [ $i -eq 0 ] && layout+=(--primary)
+    i=$((i + 1))
+  done
+  xrandr --fb "${right}x${bottom}" "${layout[@]}"
+  wait_for "$i RandR monitors" 10 bash -c "[ \"\$(xrandr --listmonitors | head -n1 | awk '{print \$2}')\" = $i ]"
 }
 
 # openbox, started again if it gave up at once: on a loaded machine its first
