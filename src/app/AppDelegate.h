@@ -7,8 +7,16 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 
 class AppSettings;
+class CaptureCoordinator;
+class CaptureService;
+class LoggingNotifier;
+class OutputService;
+class ShutterSound;
+class X11FocusKeeper;
+class X11ScreenList;
 class IniSettingsStorage;
 class InstanceChannel;
 class SingleInstance;
@@ -24,6 +32,7 @@ public:
 
     AppDelegate(AppSettings &settings, IniSettingsStorage &storage, SingleInstance &singleInstance,
                 InstanceChannel &channel, QObject *parent = nullptr);
+    ~AppDelegate() override;
 
     void applicationDidFinishLaunching();
     void applicationWillTerminate();
@@ -35,6 +44,8 @@ public:
 private:
     void logDisplays() const;
     void registerCommands();
+    void buildCaptureCoordinator();
+    CommandRouter::Reply runCaptureVerb(const QStringList &arguments);
     void startCommandChannel();
     void runLaunchEnvironment();
 
@@ -44,4 +55,12 @@ private:
     InstanceChannel &m_channel;
     CommandRouter m_commands;
     std::map<LaunchEnvironment::Feature, LaunchFeature> m_launchFeatures;
+
+    std::unique_ptr<LoggingNotifier> m_notifier;
+    std::unique_ptr<CaptureService> m_captureService;
+    std::unique_ptr<X11ScreenList> m_screens;
+    std::unique_ptr<X11FocusKeeper> m_focus;
+    std::unique_ptr<OutputService> m_output;
+    std::unique_ptr<ShutterSound> m_shutter;
+    std::unique_ptr<CaptureCoordinator> m_coordinator;
 };

@@ -123,6 +123,12 @@ QFuture<QString> OutputService::handle(const QImage &image, bool notify)
                 self->notify(QStringLiteral("Screenshot saved"), QFileInfo(path).fileName(), path);
             access.stop();
             return path;
+        })
+        .onFailed(this, [image](const AppError &error) -> QString {
+            // The picture must not be lost with the file: it stays on the
+            // clipboard while the user finds a folder that works.
+            writeToClipboard(image, std::nullopt);
+            throw error;
         });
 }
 

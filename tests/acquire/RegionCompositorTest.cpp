@@ -206,3 +206,18 @@ TEST(RegionCompositor, LaterSnapshotsDrawOverEarlierOnes)
     EXPECT_EQ(result.image.pixel(75, 50), qRgb(0, 255, 0));
     EXPECT_EQ(result.image.pixel(25, 50), qRgb(255, 0, 0));
 }
+
+TEST(RegionCompositor, DisplaysOfOneScaleJoinWithoutResampling)
+{
+    const auto left = snapshot(1, patterned(100, 80, 1), QRectF(0, 0, 100, 80), 1.0);
+    const auto right = snapshot(2, patterned(100, 80, 2), QRectF(100, 0, 100, 80), 1.0);
+    const auto result = RegionCompositor::compose(QRectF(60, 10, 80, 50), {left, right});
+    ASSERT_EQ(result.image.size(), QSize(80, 50));
+    const QImage joined = result.image.convertToFormat(QImage::Format_RGB32);
+    // Top edge 60 points up from y 0 is pixel row 20 of both displays.
+    for (int y = 0; y < 50; ++y)
+        for (int x = 0; x < 80; ++x) {
+            const QRgb expected = x < 40 ? left.image.pixel(60 + x, 20 + y) : right.image.pixel(x - 40, 20 + y);
+            ASSERT_EQ(joined.pixel(x, y), expected) << x << "," << y;
+        }
+}

@@ -203,6 +203,11 @@ TEST_F(OutputServiceTest, AFolderThatVanishedIsSaveFolderUnavailable)
     EXPECT_EQ(failureOf(output.handle(picture(), true), &description), AppError::Case::saveFolderUnavailable);
     EXPECT_TRUE(description.contains(QString::fromUtf8("“Captures”"))) << description.toStdString();
     EXPECT_TRUE(notifier.notices.isEmpty());
+    // The picture is kept within reach on the clipboard, without a file.
+    const QMimeData *data = QGuiApplication::clipboard()->mimeData();
+    ASSERT_NE(data, nullptr);
+    EXPECT_FALSE(data->hasUrls());
+    EXPECT_EQ(QImage::fromData(data->data("image/png"), "png").convertToFormat(QImage::Format_RGB32), picture());
 }
 
 TEST_F(OutputServiceTest, AWriteFailureInAWritableFolderIsFileIOFailed)

@@ -52,6 +52,16 @@ bool hasRgb32Layout(xcb_connection_t *c, std::uint8_t depth)
     return false;
 }
 
+// X leaves the unused top byte of each 32-bit pixel at 0, while QImage's
+// RGB32 promises 0xff there; a picture drawn onto a transparent canvas would
+// vanish otherwise.
+void makeOpaque(uchar *pixels, std::size_t count)
+{
+    auto *words = reinterpret_cast<std::uint32_t *>(pixels);
+    for (std::size_t i = 0; i < count; ++i)
+        words[i] |= 0xff000000u;
+}
+
 struct SharedSegment {
     void *address;
 };
@@ -204,6 +214,7 @@ std::optional<QImage> CaptureService::grabShared(xcb_connection_t *c, unsigned r
         shmdt(address);
         return std::nullopt;
     }
+    makeOpaque(static_cast<uchar *>(address), std::size_t(rect.width()) * std::size_t(rect.height()));
     // The picture stays in the segment: no copy of a 4K screen on the way.
     QImage result(static_cast<uchar *>(address), rect.width(), rect.height(), qsizetype(bytesPerLine),
                   QImage::Format_RGB32, &detachSegment, new SharedSegment{address});
@@ -230,6 +241,7 @@ std::optional<QImage> CaptureService::grabPlain(xcb_connection_t *c, unsigned ro
     const uchar *data = xcb_get_image_data(image.get());
     for (int y = 0; y < rect.height(); ++y)
         std::memcpy(result.scanLine(y), data + y * bytesPerLine, std::size_t(bytesPerLine));
+    makeOpaque(result.bits(), std::size_t(rect.width()) * std::size_t(rect.height()));
     return result;
 }
 

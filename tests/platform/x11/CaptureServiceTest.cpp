@@ -1,6 +1,7 @@
 #include "platform/x11/CaptureService.h"
 
 #include "XvfbServer.h"
+#include "acquire/RegionCompositor.h"
 #include "appbase/AppError.h"
 
 #include <QColor>
@@ -104,6 +105,14 @@ protected:
         ASSERT_EQ(left.size(), QSize(160, 240));
         ASSERT_EQ(right.size(), QSize(160, 240));
         EXPECT_EQ(left.pixel(0, 0), qRgb(200, 30, 40));
+    // Every pixel opaque, as RGB32 promises.
+    for (const QImage *image : {&left, &right}) {
+        for (int y = 0; y < image->height(); ++y) {
+            for (int x = 0; x < image->width(); ++x) {
+                ASSERT_EQ(qAlpha(image->pixel(x, y)), 255) << x << "," << y;
+            }
+        }
+    }
         EXPECT_EQ(left.pixel(19, 30), qRgb(200, 30, 40));
         EXPECT_EQ(left.pixel(20, 30), qRgb(0, 255, 0));
         EXPECT_EQ(left.pixel(24, 36), qRgb(0, 255, 0));
@@ -194,4 +203,22 @@ TEST(CaptureServiceWithoutServer, NoServerIsCaptureFailed)
 {
     CaptureService service(":65000", [](std::uint32_t) { return QRect(0, 0, 10, 10); });
     EXPECT_EQ(failureOf(service.captureDisplay(1)), AppError::Case::captureFailed);
+}
+
+TEST_F(CaptureServiceTest, PicturesOfTwoDisplaysJoinAcrossTheSeam)
+{
+    const QImage left = service->captureDisplay(1).result();
+    const QImage right = service->captureDisplay(2).result();
+    // Global points: both displays 240 high, y up from their bottom edge.
+    const QList<ScreenSnapshot> snapshots{ScreenSnapshot{1, left, QRectF(0, 0, 160, 240), 1.0},
+                                          ScreenSnapshot{2, right, QRectF(160, 0, 160, 240), 1.0}};
+    const auto joined = RegionCompositor::compose(QRectF(100, 0, 240, 240), snapshots);
+    ASSERT_EQ(joined.image.size(), QSize(240, 240));
+    EXPECT_EQ(joined.image.pixel(0, 0), qRgb(200, 30, 40));
+    EXPECT_EQ(joined.image.pixel(59, 239), qRgb(200, 30, 40));
+    EXPECT_EQ(joined.image.pixel(60, 0), qRgb(10, 120, 250));
+    EXPECT_EQ(joined.image.pixel(200, 230), qRgb(255, 255, 0));
+    // The right display's picture ends at the root's edge, 20 points short.
+    EXPECT_EQ(qAlpha(joined.image.pixel(219, 120)), 255);
+    EXPECT_EQ(qAlpha(joined.image.pixel(220, 120)), 0);
 }
