@@ -56,7 +56,8 @@ QString OutputService::uniquePath(const QString &folder, const QString &extensio
     return path;
 }
 
-QString OutputService::writeToDisk(const QImage &image, const QString &folder, SaveFormat format, const QDateTime &now)
+QString OutputService::writeToDisk(const QImage &image, const QString &folder, SaveFormat format, const QDateTime &now,
+                                   QByteArray *encoded)
 {
     makeFolder(folder);
     // A second save in the same second replaces the first, on purpose: only
@@ -71,10 +72,12 @@ QString OutputService::writeToDisk(const QImage &image, const QString &folder, S
     if (file.write(bytes) != bytes.size() || !file.commit())
         throw AppError::fileIOFailed(file.errorString());
     qCInfo(lcOutput, "saved %s", qUtf8Printable(path));
+    if (encoded)
+        *encoded = bytes;
     return path;
 }
 
-void OutputService::writeToClipboard(const QImage &image, const std::optional<QString> &filePath)
+void OutputService::writeToClipboard(const QImage &image, const std::optional<QString> &filePath, const QByteArray &encodedPng)
 {
     auto *data = new QMimeData;
     QStringList types;
@@ -86,7 +89,7 @@ void OutputService::writeToClipboard(const QImage &image, const std::optional<QS
         types << QStringLiteral("fileURL");
     }
     try {
-        const QByteArray png = ImageEncoder::png(image);
+        const QByteArray png = encodedPng.isEmpty() ? ImageEncoder::png(image) : encodedPng;
         data->setData(QStringLiteral("image/png"), png);
         types << QStringLiteral("png(%1)").arg(png.size());
     } catch (const AppError &) {
@@ -107,9 +110,15 @@ QFuture<QString> OutputService::handle(const QImage &image, bool notify)
     const SaveFormat format = m_settings.saveFormat();
     const QDateTime now = QDateTime::currentDateTime();
     QPointer<OutputService> self(this);
-    return QtConcurrent::run([image, access, format, now]() -> QString {
+    struct Written {
+        QString path;
+        QByteArray png; // the file's bytes when it is a PNG, for the clipboard
+    };
+    return QtConcurrent::run([image, access, format, now]() -> Written {
                try {
-                   return writeToDisk(image, access.path, format, now);
+                   QByteArray bytes;
+                   const QString path = writeToDisk(image, access.path, format, now, &bytes);
+                   return {path, format == SaveFormat::png ? bytes : QByteArray()};
                } catch (...) {
                    access.stop();
                    if (!folderWritable(access.path))
@@ -117,13 +126,16 @@ QFuture<QString> OutputService::handle(const QImage &image, bool notify)
                    throw;
                }
            })
-        .then(this, [self, image, notify, access](const QString &path) {
-            writeToClipboard(image, path);
-            if (self && notify)
-                self->notify(QStringLiteral("Screenshot saved"), QFileInfo(path).fileName(), path);
-            access.stop();
-            return path;
-        })
+        .then(this,
+              [self, image, notify, access](const Written &written) {
+                  // One PNG encoding serves the file and the clipboard.
+                  writeToClipboard(image, written.path, written.png);
+                  if (self && notify)
+                      self->notify(QStringLiteral("Screenshot saved"), QFileInfo(written.path).fileName(),
+                                   written.path);
+                  access.stop();
+                  return written.path;
+              })
         .onFailed(this, [image](const AppError &error) -> QString {
             // The picture must not be lost with the file: it stays on the
             // clipboard while the user finds a folder that works.

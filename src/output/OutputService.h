@@ -40,9 +40,13 @@ public:
     // "glimpso-{timestamp}.{ext}", or "-2", "-3"… before the dot when taken.
     static QString uniquePath(const QString &folder, const QString &extension, const QDateTime &now);
     // Writes atomically, replacing a file of the same name; throws AppError.
-    static QString writeToDisk(const QImage &image, const QString &folder, SaveFormat format, const QDateTime &now);
+    // `encoded`, when given, receives the file's bytes.
+    static QString writeToDisk(const QImage &image, const QString &folder, SaveFormat format, const QDateTime &now,
+                               QByteArray *encoded = nullptr);
     // Puts the picture, and the file when there is one, on the clipboard.
-    static void writeToClipboard(const QImage &image, const std::optional<QString> &filePath);
+    // `png` is the picture's PNG when it was encoded already.
+    static void writeToClipboard(const QImage &image, const std::optional<QString> &filePath,
+                                 const QByteArray &png = {});
 
 private:
     void notify(const QString &title, const QString &body, const std::optional<QString> &filePath);
