@@ -14,6 +14,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 Q_LOGGING_CATEGORY(lcCaptureService, "glimpso.CaptureService")
 
@@ -266,16 +267,20 @@ bool CaptureService::hasDesktopWindows()
         return false;
     const auto *windows = static_cast<const xcb_window_t *>(xcb_get_property_value(clients.get()));
     const int count = xcb_get_property_value_length(clients.get()) / 4;
-    for (int i = 0; i < count; ++i) {
-        auto types = reply(xcb_get_property_reply(
-            c, xcb_get_property(c, 0, windows[i], windowType, XCB_ATOM_ATOM, 0, 32), nullptr));
-        if (!types || types->format != 32)
+    // All questions first, then the answers: one round trip, not one per window.
+    std::vector<xcb_get_property_cookie_t> cookies;
+    cookies.reserve(std::size_t(count));
+    for (int i = 0; i < count; ++i)
+        cookies.push_back(xcb_get_property(c, 0, windows[i], windowType, XCB_ATOM_ATOM, 0, 32));
+    bool found = false;
+    for (const xcb_get_property_cookie_t &cookie : cookies) {
+        auto types = reply(xcb_get_property_reply(c, cookie, nullptr));
+        if (found || !types || types->format != 32)
             continue;
         const auto *atoms = static_cast<const xcb_atom_t *>(xcb_get_property_value(types.get()));
         const int n = xcb_get_property_value_length(types.get()) / 4;
         for (int j = 0; j < n; ++j)
-            if (atoms[j] == desktopType)
-                return true;
+            found = found || atoms[j] == desktopType;
     }
-    return false;
+    return found;
 }
