@@ -8,9 +8,6 @@
 #include "output/LoggingNotifier.h"
 #include "output/OutputService.h"
 #include "output/ShutterSound.h"
-#include "platform/x11/CaptureService.h"
-#include "platform/x11/X11FocusKeeper.h"
-#include "platform/x11/X11ScreenList.h"
 #include "settings/AppSettings.h"
 #include "settings/IniSettingsStorage.h"
 
@@ -105,13 +102,13 @@ void AppDelegate::registerCommands()
 void AppDelegate::buildCaptureCoordinator()
 {
     m_notifier = std::make_unique<LoggingNotifier>();
-    m_captureService = std::make_unique<CaptureService>(QByteArray(), &X11ScreenList::rootPixels);
-    m_screens = std::make_unique<X11ScreenList>();
-    m_focus = std::make_unique<X11FocusKeeper>();
+    m_desktop = DesktopBackend::load();
+    qCInfo(lcAppDelegate, "desktop backend: %s", qUtf8Printable(m_desktop.name));
     m_output = std::make_unique<OutputService>(m_settings, *m_notifier);
     m_shutter = std::make_unique<ShutterSound>(m_settings);
 
-    CaptureCoordinator::Parts parts{m_settings, *m_captureService, *m_output, *m_notifier, *m_screens, *m_focus};
+    CaptureCoordinator::Parts parts{m_settings,  *m_desktop.capture, *m_output,
+                                    *m_notifier, *m_desktop.screens, *m_desktop.focus};
     parts.note = [](const QString &sentence) { qCInfo(lcAppDelegate, "diary: %s", qUtf8Printable(sentence)); };
     parts.playShutter = [this] { m_shutter->play(); };
     parts.copyTextToClipboard = [](const QString &text) { QGuiApplication::clipboard()->setText(text); };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/CommandRouter.h"
+#include "app/DesktopBackend.h"
 #include "app/LaunchEnvironment.h"
 
 #include <QObject>
@@ -11,12 +12,9 @@
 
 class AppSettings;
 class CaptureCoordinator;
-class CaptureService;
 class LoggingNotifier;
 class OutputService;
 class ShutterSound;
-class X11FocusKeeper;
-class X11ScreenList;
 class IniSettingsStorage;
 class InstanceChannel;
 class SingleInstance;
@@ -57,9 +55,7 @@ private:
     std::map<LaunchEnvironment::Feature, LaunchFeature> m_launchFeatures;
 
     std::unique_ptr<LoggingNotifier> m_notifier;
-    std::unique_ptr<CaptureService> m_captureService;
-    std::unique_ptr<X11ScreenList> m_screens;
-    std::unique_ptr<X11FocusKeeper> m_focus;
+    DesktopBackend m_desktop;
     std::unique_ptr<OutputService> m_output;
     std::unique_ptr<ShutterSound> m_shutter;
     std::unique_ptr<CaptureCoordinator> m_coordinator;
