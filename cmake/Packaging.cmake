@@ -8,5 +8,6 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "dbus-user-session")
+# The shutter plays the sound theme's "camera-shutter".
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "dbus-user-session, sound-theme-freedesktop")
 include(CPack)
