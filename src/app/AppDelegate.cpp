@@ -1,9 +1,18 @@
 #include "app/AppDelegate.h"
 
+#include "acquire/DesktopSpace.h"
+#include "app/CaptureCoordinator.h"
+#include "app/CaptureVerb.h"
+#include "app/ScriptedRegionSelector.h"
 #include "appbase/SingleInstance.h"
+#include "output/LoggingNotifier.h"
+#include "output/OutputService.h"
+#include "output/ShutterSound.h"
 #include "settings/AppSettings.h"
 #include "settings/IniSettingsStorage.h"
 
+#include <QClipboard>
+#include <QEventLoop>
 #include <QGuiApplication>
 #include <QLoggingCategory>
 #include <QScreen>
@@ -22,6 +31,8 @@ AppDelegate::AppDelegate(AppSettings &settings, IniSettingsStorage &storage, Sin
 {
 }
 
+AppDelegate::~AppDelegate() = default;
+
 void AppDelegate::applicationDidFinishLaunching()
 {
     qCInfo(lcAppDelegate) << "glimpso launched";
@@ -31,6 +42,7 @@ void AppDelegate::applicationDidFinishLaunching()
     m_singleInstance.claim();
     m_singleInstance.onHandOff([] { qCInfo(lcAppDelegate) << "another launch handed off to this copy"; });
 
+    buildCaptureCoordinator();
     registerCommands();
     startCommandChannel();
 
@@ -75,9 +87,72 @@ void AppDelegate::registerCommands()
         QTimer::singleShot(0, qApp, &QCoreApplication::quit);
         return CommandRouter::Reply{};
     });
+    // The router hands over the arguments after the verb.
+    m_commands.add(QStringLiteral("region"), [this](const QStringList &arguments) {
+        return runCaptureVerb(QStringList{QStringLiteral("region")} + arguments);
+    });
+    m_commands.add(QStringLiteral("all"), [this](const QStringList &arguments) {
+        return runCaptureVerb(QStringList{QStringLiteral("all")} + arguments);
+    });
     m_commands.add(QStringLiteral("settings-path"), [this](const QStringList &) {
         return CommandRouter::Reply{0, m_storage.filePath() + u'\n', {}};
     });
+}
+
+void AppDelegate::buildCaptureCoordinator()
+{
+    m_notifier = std::make_unique<LoggingNotifier>();
+    m_desktop = DesktopBackend::load();
+    qCInfo(lcAppDelegate, "desktop backend: %s", qUtf8Printable(m_desktop.name));
+    m_output = std::make_unique<OutputService>(m_settings, *m_notifier);
+    m_shutter = std::make_unique<ShutterSound>(m_settings);
+
+    CaptureCoordinator::Parts parts{m_settings,  *m_desktop.capture, *m_output,
+                                    *m_notifier, *m_desktop.screens, *m_desktop.focus};
+    parts.note = [](const QString &sentence) { qCInfo(lcAppDelegate, "diary: %s", qUtf8Printable(sentence)); };
+    parts.playShutter = [this] { m_shutter->play(); };
+    parts.copyTextToClipboard = [](const QString &text) { QGuiApplication::clipboard()->setText(text); };
+    m_coordinator = std::make_unique<CaptureCoordinator>(std::move(parts));
+}
+
+CommandRouter::Reply AppDelegate::runCaptureVerb(const QStringList &arguments)
+{
+    QString error;
+    const std::optional<CaptureVerb> verb = CaptureVerb::parse(arguments, &error);
+    if (!verb)
+        return {2, {}, error};
+    if (m_coordinator->isCapturing())
+        return {1, {}, QStringLiteral("glimpso: another capture is in progress")};
+
+    std::optional<QRectF> rect;
+    if (verb->rect) {
+        const QScreen *primary = QGuiApplication::primaryScreen();
+        rect = DesktopSpace(primary ? primary->geometry() : QRect()).toGlobal(QRectF(*verb->rect));
+    }
+    const EditorAction action = verb->output == CaptureVerb::Output::save ? EditorAction::save() : EditorAction::copy();
+    auto selector = [rect, action](const QList<ScreenSnapshot> &snapshots, CaptureIntent,
+                                   std::function<void(const RegionResult &)> completion) {
+        return std::make_shared<ScriptedRegionSelector>(snapshots, rect, action, std::move(completion));
+    };
+
+    // The answer waits for the picture to be out, so that a script finds the
+    // file and the clipboard ready when the command returns.
+    QEventLoop loop;
+    CommandRouter::Reply reply{1, {}, QStringLiteral("glimpso: the capture did not finish")};
+    const auto connection = connect(m_coordinator.get(), &CaptureCoordinator::regionFlowEnded, &loop,
+                                    [&reply, &loop](const QString &path, const QString &failure) {
+                                        if (failure.isEmpty())
+                                            reply = {0, path.isEmpty() ? QString() : path + u'\n', {}};
+                                        else
+                                            reply = {1, {}, QStringLiteral("glimpso: ") + failure};
+                                        loop.quit();
+                                    });
+    // Snapshots of every display, so that a rectangle across displays comes out whole.
+    m_coordinator->captureRegion(true, CaptureIntent::image, selector);
+    QTimer::singleShot(55000, &loop, &QEventLoop::quit);
+    loop.exec();
+    disconnect(connection);
+    return reply;
 }
 
 void AppDelegate::startCommandChannel()

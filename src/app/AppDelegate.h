@@ -1,14 +1,20 @@
 #pragma once
 
 #include "app/CommandRouter.h"
+#include "app/DesktopBackend.h"
 #include "app/LaunchEnvironment.h"
 
 #include <QObject>
 
 #include <functional>
 #include <map>
+#include <memory>
 
 class AppSettings;
+class CaptureCoordinator;
+class LoggingNotifier;
+class OutputService;
+class ShutterSound;
 class IniSettingsStorage;
 class InstanceChannel;
 class SingleInstance;
@@ -24,6 +30,7 @@ public:
 
     AppDelegate(AppSettings &settings, IniSettingsStorage &storage, SingleInstance &singleInstance,
                 InstanceChannel &channel, QObject *parent = nullptr);
+    ~AppDelegate() override;
 
     void applicationDidFinishLaunching();
     void applicationWillTerminate();
@@ -35,6 +42,8 @@ public:
 private:
     void logDisplays() const;
     void registerCommands();
+    void buildCaptureCoordinator();
+    CommandRouter::Reply runCaptureVerb(const QStringList &arguments);
     void startCommandChannel();
     void runLaunchEnvironment();
 
@@ -44,4 +53,10 @@ private:
     InstanceChannel &m_channel;
     CommandRouter m_commands;
     std::map<LaunchEnvironment::Feature, LaunchFeature> m_launchFeatures;
+
+    std::unique_ptr<LoggingNotifier> m_notifier;
+    DesktopBackend m_desktop;
+    std::unique_ptr<OutputService> m_output;
+    std::unique_ptr<ShutterSound> m_shutter;
+    std::unique_ptr<CaptureCoordinator> m_coordinator;
 };

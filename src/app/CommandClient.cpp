@@ -20,9 +20,10 @@ CommandClient::Outcome CommandClient::run(const CommandLine::Verb &verb, const Q
         if (!waitForCopy())
             return {1, {}, QStringLiteral("glimpso: glimpso did not start within %1 s").arg(startTimeoutMs / 1000)};
     }
-    const auto reply = m_channel.sendCommand(arguments, answerTimeoutMs);
+    const int timeoutMs = verb.answerTimeoutMs > 0 ? verb.answerTimeoutMs : answerTimeoutMs;
+    const auto reply = m_channel.sendCommand(arguments, timeoutMs);
     if (!reply)
-        return {1, {}, QStringLiteral("glimpso: the running copy did not answer within %1 s").arg(answerTimeoutMs / 1000)};
+        return {1, {}, QStringLiteral("glimpso: the running copy did not answer within %1 s").arg(timeoutMs / 1000)};
     return {reply->status, reply->output, reply->error};
 }
 

@@ -8,6 +8,8 @@ namespace {
 constexpr std::array kVerbs = {
     Verb{"settings-path", "", "Print the path of the settings file", 0, 0, true},
     Verb{"quit", "", "Quit the running copy of glimpso", 0, 0, false},
+    Verb{"region", "--rect WxH+X+Y [--copy|--save]", "Capture a rectangle of the desktop, in pixels", 2, 3, true, 60000},
+    Verb{"all", "[--copy|--save]", "Capture all displays", 0, 1, true, 60000},
 };
 } // namespace
 
@@ -63,7 +65,8 @@ QString usage()
         QString left = QLatin1String(verb.name);
         if (*verb.arguments)
             left += u' ' + QLatin1String(verb.arguments);
-        text += QStringLiteral("  %1%2\n").arg(left.leftJustified(20), QLatin1String(verb.summary));
+        text += QStringLiteral("  %1%2\n").arg(left.size() >= 20 ? left + QStringLiteral("  ") : left.leftJustified(20),
+                                               QLatin1String(verb.summary));
     }
     text += QStringLiteral(
         "\n"

@@ -16,6 +16,7 @@ struct Verb {
     int minArguments;
     int maxArguments;
     bool startsApplication; // start glimpso first when no copy runs
+    int answerTimeoutMs = 0; // how long the running copy may take to answer; 0 for the usual time
 };
 
 std::span<const Verb> verbs();

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QFuture>
+#include <QImage>
+
+#include <cstdint>
+
+// How the coordinator reaches the screen: one frozen picture of one display.
+// Both calls return at once; the picture is taken off the main thread. A
+// failure finishes the future with an AppError (captureFailed).
+class CaptureServicing
+{
+public:
+    virtual ~CaptureServicing() = default;
+
+    virtual QFuture<QImage> captureDisplay(std::uint32_t displayID) = 0;
+    // The same picture without the desktop's icon windows where the backend
+    // can leave them out; otherwise the plain picture.
+    virtual QFuture<QImage> captureDisplayHidingDesktopIcons(std::uint32_t displayID, double scale) = 0;
+};

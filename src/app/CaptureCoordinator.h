@@ -1,0 +1,136 @@
+#pragma once
+
+#include "acquire/CaptureServicing.h"
+#include "acquire/EditorAction.h"
+#include "acquire/FocusKeeper.h"
+#include "acquire/RegionCompositor.h"
+#include "acquire/RegionResult.h"
+#include "acquire/ScreenList.h"
+#include "app/EditorWindow.h"
+#include "app/RegionSelector.h"
+#include "appbase/CaptureIntent.h"
+
+#include <QColor>
+#include <QFuture>
+#include <QImage>
+#include <QObject>
+#include <QUrl>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class AppSettings;
+class AppError;
+class Notifying;
+struct NoticeAction;
+class OutputService;
+
+// The one object every image capture passes through: it guards against two
+// sessions at once, takes the display snapshots, puts up the selector, and
+// sends what comes back to output, upload, text recognition or the editor.
+// Main thread only.
+class CaptureCoordinator : public QObject
+{
+    Q_OBJECT
+
+public:
+    // What text recognition found; either may be absent.
+    struct RecognizedText {
+        std::optional<QString> text;
+        std::optional<QString> code;
+    };
+    // How a picked window is drawn.
+    struct WindowCaptureOptions {
+        std::optional<QColor> background; // absent: transparent around the window
+        double padding = 0;
+        bool shadow = true;
+    };
+
+    using SelectorFactory = std::function<std::shared_ptr<RegionSelector>(
+        const QList<ScreenSnapshot> &snapshots, CaptureIntent intent, std::function<void(const RegionResult &)>)>;
+    using EditorFactory = std::function<std::unique_ptr<EditorWindow>(
+        const QImage &image, double scale, std::function<void(const EditorAction &, const QImage &, double)> onOutput,
+        std::function<void()> onClose)>;
+    // The chosen window, or absent when the pick was left; and whether Shift
+    // was held at the click.
+    using PickCompletion = std::function<void(std::optional<std::uint32_t> windowID, bool shiftHeld)>;
+
+    // Everything the coordinator reaches. The services are required; each
+    // function may be left empty while its subsystem is missing, and the
+    // coordinator then does the least surprising thing (see each flow).
+    struct Parts {
+        AppSettings &settings;
+        CaptureServicing &capture;
+        OutputService &output;
+        Notifying &notifier;
+        ScreenList &screens;
+        FocusKeeper &focus;
+        // A diary sentence of what the user did.
+        std::function<void(const QString &)> note;
+        std::function<void()> playShutter;
+        SelectorFactory makeSelector;
+        EditorFactory makeEditor;
+        std::function<void(PickCompletion)> pickWindow;
+        std::function<QFuture<RegionCompositor::Composed>(std::uint32_t, const WindowCaptureOptions &)> captureWindow;
+        std::function<QFuture<RecognizedText>(const QImage &)> recognize;
+        // Uploads and returns the public link.
+        std::function<QFuture<QUrl>(const QImage &)> upload;
+        std::function<void(const QString &path)> addHistoryFile;
+        std::function<void(const QString &text)> addHistoryText;
+        // Replaces the clipboard with plain text.
+        std::function<void(const QString &text)> copyTextToClipboard;
+        // Runs `fire` after `seconds`; empty means a timer on this object.
+        std::function<void(qint64 seconds, std::function<void()> fire)> after;
+    };
+
+    explicit CaptureCoordinator(Parts parts, QObject *parent = nullptr);
+    ~CaptureCoordinator() override;
+
+    bool isCapturing() const { return m_isCapturing; }
+    bool hasRegionSelector() const { return m_regionSelector != nullptr; }
+    int editorWindowCount() const { return int(m_editorWindows.size()); }
+    std::optional<FocusKeeper::Window> previousFrontmost() const { return m_previousFrontmost; }
+
+    void captureRegion(bool allDisplays, CaptureIntent intent);
+    // The same flow with a selector of the caller's choice for this one
+    // session: the command line chooses its rectangle without an overlay.
+    void captureRegion(bool allDisplays, CaptureIntent intent, SelectorFactory selector);
+    void captureRegionDelayed();
+    void captureWindow();
+    void openEditor(const QImage &image, double scale);
+
+    // Output of a finished picture; the saved file's path when there is one.
+    // Fails with the output's or the upload's error.
+    QFuture<std::optional<QString>> dispatch(const EditorAction &action, const QImage &image, double scale);
+
+    // Whether a link in a code is one to open: http or https, in any case.
+    static bool isOpenableLink(const QString &code);
+    // Lines of recognised text: pieces between line feeds, empty ones dropped.
+    static int lineCount(const QString &text);
+    static QString firstLine(const QString &text);
+
+Q_SIGNALS:
+    // A region session's output is done: the file written, if any, or the
+    // text of the error that ended it. Also after a cancel or a failed start.
+    void regionFlowEnded(const QString &savedPath, const QString &errorText);
+
+private:
+    void startRegionTask(bool allDisplays, CaptureIntent intent, SelectorFactory selector);
+    void takeSnapshots(QList<ScreenList::Screen> screens, int index, QList<ScreenSnapshot> taken, CaptureIntent intent,
+                       SelectorFactory selector);
+    void presentSelector(const QList<ScreenSnapshot> &snapshots, CaptureIntent intent, const SelectorFactory &selector);
+    void snapshotsFailed(const AppError &error);
+    void dropSelector();
+    void regionCompleted(const RegionResult &result, CaptureIntent intent);
+    void copyText(const QImage &image);
+    void rememberFrontmost(bool logIt);
+    void restorePreviousFrontmost();
+    void post(const QString &title, const QString &body, double duration, const NoticeAction &action);
+
+    Parts m_parts;
+    std::shared_ptr<RegionSelector> m_regionSelector;
+    std::vector<std::unique_ptr<EditorWindow>> m_editorWindows;
+    bool m_isCapturing = false;
+    std::optional<FocusKeeper::Window> m_previousFrontmost;
+};

@@ -1,0 +1,49 @@
+#include "app/CaptureVerb.h"
+
+#include <gtest/gtest.h>
+
+TEST(CaptureVerb, GeometryInX11Form)
+{
+    EXPECT_EQ(CaptureVerb::parseGeometry("1920x1080+0+0"), QRect(0, 0, 1920, 1080));
+    EXPECT_EQ(CaptureVerb::parseGeometry("200x100+640+20"), QRect(640, 20, 200, 100));
+    EXPECT_EQ(CaptureVerb::parseGeometry("200x100-1280+20"), QRect(-1280, 20, 200, 100));
+    EXPECT_FALSE(CaptureVerb::parseGeometry("0x100+0+0"));
+    EXPECT_FALSE(CaptureVerb::parseGeometry("200x100"));
+    EXPECT_FALSE(CaptureVerb::parseGeometry("200,100+0+0"));
+}
+
+TEST(CaptureVerb, RegionWithRectangleAndOutput)
+{
+    QString error;
+    const auto verb = CaptureVerb::parse({"region", "--rect", "30x20+5+6", "--save"}, &error);
+    ASSERT_TRUE(verb) << error.toStdString();
+    EXPECT_FALSE(verb->allDisplays);
+    EXPECT_EQ(verb->rect, QRect(5, 6, 30, 20));
+    EXPECT_EQ(verb->output, CaptureVerb::Output::save);
+    const auto copy = CaptureVerb::parse({"region", "--copy", "--rect", "30x20+5+6"}, &error);
+    ASSERT_TRUE(copy);
+    EXPECT_EQ(copy->output, CaptureVerb::Output::copy);
+}
+
+TEST(CaptureVerb, AllDefaultsToCopy)
+{
+    QString error;
+    const auto verb = CaptureVerb::parse({"all"}, &error);
+    ASSERT_TRUE(verb);
+    EXPECT_TRUE(verb->allDisplays);
+    EXPECT_FALSE(verb->rect);
+    EXPECT_EQ(verb->output, CaptureVerb::Output::copy);
+}
+
+TEST(CaptureVerb, NonsenseIsExplained)
+{
+    QString error;
+    EXPECT_FALSE(CaptureVerb::parse({"region", "--rect"}, &error));
+    EXPECT_TRUE(error.contains("--rect needs a rectangle"));
+    EXPECT_FALSE(CaptureVerb::parse({"region", "--rect", "big"}, &error));
+    EXPECT_TRUE(error.contains("'big' is not a rectangle"));
+    EXPECT_FALSE(CaptureVerb::parse({"region", "--rect", "1x1+0+0", "--copy", "--save"}, &error));
+    EXPECT_TRUE(error.contains("choose one of --copy and --save"));
+    EXPECT_FALSE(CaptureVerb::parse({"all", "--rect", "1x1+0+0"}, &error));
+    EXPECT_TRUE(error.contains("unknown option '--rect'"));
+}

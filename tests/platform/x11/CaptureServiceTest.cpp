@@ -1,0 +1,224 @@
+#include "platform/x11/CaptureService.h"
+
+#include "XvfbServer.h"
+#include "acquire/RegionCompositor.h"
+#include "appbase/AppError.h"
+
+#include <QColor>
+
+#include <xcb/xcb.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+namespace {
+
+constexpr QSize serverSize(320, 240);
+
+// Paints known rectangles straight onto the root window of a server that has
+// no window manager and no compositor, so they stay where they are drawn.
+class RootPainter
+{
+public:
+    explicit RootPainter(const QByteArray &display) : m_c(xcb_connect(display.constData(), nullptr))
+    {
+        m_screen = xcb_setup_roots_iterator(xcb_get_setup(m_c)).data;
+        m_gc = xcb_generate_id(m_c);
+        xcb_create_gc(m_c, m_gc, m_screen->root, 0, nullptr);
+    }
+    ~RootPainter() { xcb_disconnect(m_c); }
+
+    bool ok() const { return !xcb_connection_has_error(m_c); }
+
+    void fill(const QRect &rect, QRgb colour)
+    {
+        const std::uint32_t pixel = colour & 0xffffff;
+        xcb_change_gc(m_c, m_gc, XCB_GC_FOREGROUND, &pixel);
+        const xcb_rectangle_t r{std::int16_t(rect.x()), std::int16_t(rect.y()), std::uint16_t(rect.width()),
+                                std::uint16_t(rect.height())};
+        xcb_poly_fill_rectangle(m_c, m_screen->root, m_gc, 1, &r);
+    }
+
+    // Returns once the server has drawn everything sent before.
+    void sync() { std::free(xcb_get_input_focus_reply(m_c, xcb_get_input_focus(m_c), nullptr)); }
+
+    // A managed-looking window that says it is the desktop.
+    void announceDesktopWindow()
+    {
+        const xcb_window_t window = xcb_generate_id(m_c);
+        xcb_create_window(m_c, XCB_COPY_FROM_PARENT, window, m_screen->root, 0, 0, 10, 10, 0,
+                          XCB_WINDOW_CLASS_INPUT_OUTPUT, m_screen->root_visual, 0, nullptr);
+        const xcb_atom_t type = atom("_NET_WM_WINDOW_TYPE");
+        const xcb_atom_t desktop = atom("_NET_WM_WINDOW_TYPE_DESKTOP");
+        xcb_change_property(m_c, XCB_PROP_MODE_REPLACE, window, type, XCB_ATOM_ATOM, 32, 1, &desktop);
+        xcb_change_property(m_c, XCB_PROP_MODE_REPLACE, m_screen->root, atom("_NET_CLIENT_LIST"), XCB_ATOM_WINDOW,
+                            32, 1, &window);
+        sync();
+    }
+
+private:
+    xcb_atom_t atom(const char *name)
+    {
+        auto *r = xcb_intern_atom_reply(m_c, xcb_intern_atom(m_c, 0, std::uint16_t(std::strlen(name)), name), nullptr);
+        const xcb_atom_t a = r ? r->atom : xcb_atom_t(XCB_ATOM_NONE);
+        std::free(r);
+        return a;
+    }
+
+    xcb_connection_t *m_c;
+    xcb_screen_t *m_screen = nullptr;
+    xcb_gcontext_t m_gc = 0;
+};
+
+class CaptureServiceTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        server = std::make_unique<XvfbServer>(serverSize);
+        if (!server->isRunning())
+            GTEST_SKIP() << server->reason().toStdString();
+        painter = std::make_unique<RootPainter>(server->display());
+        ASSERT_TRUE(painter->ok());
+        // Two "displays" side by side, like two monitors on one root window.
+        painter->fill(QRect(0, 0, 160, 240), qRgb(200, 30, 40));
+        painter->fill(QRect(160, 0, 160, 240), qRgb(10, 120, 250));
+        painter->fill(QRect(20, 30, 5, 7), qRgb(0, 255, 0));
+        painter->fill(QRect(300, 230, 20, 10), qRgb(255, 255, 0));
+        painter->sync();
+        service = std::make_unique<CaptureService>(server->display(), [](std::uint32_t id) -> std::optional<QRect> {
+            if (id == 1)
+                return QRect(0, 0, 160, 240);
+            if (id == 2)
+                return QRect(160, 0, 160, 240);
+            if (id == 3) // reaches past the root window
+                return QRect(300, 200, 100, 100);
+            return std::nullopt;
+        });
+    }
+
+    void expectKnownPixels(const QImage &left, const QImage &right)
+    {
+        ASSERT_EQ(left.size(), QSize(160, 240));
+        ASSERT_EQ(right.size(), QSize(160, 240));
+        EXPECT_EQ(left.pixel(0, 0), qRgb(200, 30, 40));
+    // Every pixel opaque, as RGB32 promises.
+    for (const QImage *image : {&left, &right}) {
+        for (int y = 0; y < image->height(); ++y) {
+            for (int x = 0; x < image->width(); ++x) {
+                ASSERT_EQ(qAlpha(image->pixel(x, y)), 255) << x << "," << y;
+            }
+        }
+    }
+        EXPECT_EQ(left.pixel(19, 30), qRgb(200, 30, 40));
+        EXPECT_EQ(left.pixel(20, 30), qRgb(0, 255, 0));
+        EXPECT_EQ(left.pixel(24, 36), qRgb(0, 255, 0));
+        EXPECT_EQ(left.pixel(25, 36), qRgb(200, 30, 40));
+        EXPECT_EQ(left.pixel(159, 239), qRgb(200, 30, 40));
+        EXPECT_EQ(right.pixel(0, 0), qRgb(10, 120, 250));
+        EXPECT_EQ(right.pixel(139, 229), qRgb(10, 120, 250));
+        EXPECT_EQ(right.pixel(140, 230), qRgb(255, 255, 0));
+        EXPECT_EQ(right.pixel(159, 239), qRgb(255, 255, 0));
+    }
+
+    std::unique_ptr<XvfbServer> server;
+    std::unique_ptr<RootPainter> painter;
+    std::unique_ptr<CaptureService> service;
+};
+
+AppError::Case failureOf(QFuture<QImage> future, QString *description = nullptr)
+{
+    try {
+        future.waitForFinished();
+    } catch (const AppError &error) {
+        if (description)
+            *description = error.errorDescription();
+        return error.kind();
+    }
+    ADD_FAILURE() << "the capture did not fail";
+    return AppError::Case::keychainDenied;
+}
+
+} // namespace
+
+TEST_F(CaptureServiceTest, EachDisplayIsItsOwnPartOfTheRootThroughSharedMemory)
+{
+    const QImage left = service->captureDisplay(1).result();
+    const QImage right = service->captureDisplay(2).result();
+    expectKnownPixels(left, right);
+}
+
+TEST_F(CaptureServiceTest, GetImageGivesTheSamePixels)
+{
+    service->setSharedMemoryAllowed(false);
+    const QImage left = service->captureDisplay(1).result();
+    const QImage right = service->captureDisplay(2).result();
+    expectKnownPixels(left, right);
+    service->setSharedMemoryAllowed(true);
+    EXPECT_EQ(service->captureDisplay(1).result(), left);
+}
+
+TEST_F(CaptureServiceTest, PicturesStayFrozenWhenTheScreenChanges)
+{
+    const QImage before = service->captureDisplay(1).result();
+    painter->fill(QRect(0, 0, 160, 240), qRgb(1, 2, 3));
+    painter->sync();
+    EXPECT_EQ(before.pixel(0, 0), qRgb(200, 30, 40));
+    EXPECT_EQ(service->captureDisplay(1).result().pixel(0, 0), qRgb(1, 2, 3));
+}
+
+TEST_F(CaptureServiceTest, ADisplayReachingPastTheRootIsCutToIt)
+{
+    const QImage image = service->captureDisplay(3).result();
+    ASSERT_EQ(image.size(), QSize(20, 40));
+    EXPECT_EQ(image.pixel(19, 39), qRgb(255, 255, 0));
+}
+
+TEST_F(CaptureServiceTest, UnknownDisplayIsCaptureFailed)
+{
+    QString description;
+    EXPECT_EQ(failureOf(service->captureDisplay(99), &description), AppError::Case::captureFailed);
+    EXPECT_TRUE(description.startsWith("Capture failed: ")) << description.toStdString();
+}
+
+TEST_F(CaptureServiceTest, WithoutDesktopWindowsHidingIconsIsThePlainPicture)
+{
+    EXPECT_FALSE(service->hasDesktopWindows());
+    const QImage hidden = service->captureDisplayHidingDesktopIcons(1, 1.0).result();
+    EXPECT_EQ(hidden, service->captureDisplay(1).result());
+}
+
+TEST_F(CaptureServiceTest, WithADesktopWindowHidingIconsFallsBackToThePlainPicture)
+{
+    painter->announceDesktopWindow();
+    EXPECT_TRUE(service->hasDesktopWindows());
+    const QImage hidden = service->captureDisplayHidingDesktopIcons(2, 1.0).result();
+    EXPECT_EQ(hidden, service->captureDisplay(2).result());
+}
+
+TEST(CaptureServiceWithoutServer, NoServerIsCaptureFailed)
+{
+    CaptureService service(":65000", [](std::uint32_t) { return QRect(0, 0, 10, 10); });
+    EXPECT_EQ(failureOf(service.captureDisplay(1)), AppError::Case::captureFailed);
+}
+
+TEST_F(CaptureServiceTest, PicturesOfTwoDisplaysJoinAcrossTheSeam)
+{
+    const QImage left = service->captureDisplay(1).result();
+    const QImage right = service->captureDisplay(2).result();
+    // Global points: both displays 240 high, y up from their bottom edge.
+    const QList<ScreenSnapshot> snapshots{ScreenSnapshot{1, left, QRectF(0, 0, 160, 240), 1.0},
+                                          ScreenSnapshot{2, right, QRectF(160, 0, 160, 240), 1.0}};
+    const auto joined = RegionCompositor::compose(QRectF(100, 0, 240, 240), snapshots);
+    ASSERT_EQ(joined.image.size(), QSize(240, 240));
+    EXPECT_EQ(joined.image.pixel(0, 0), qRgb(200, 30, 40));
+    EXPECT_EQ(joined.image.pixel(59, 239), qRgb(200, 30, 40));
+    EXPECT_EQ(joined.image.pixel(60, 0), qRgb(10, 120, 250));
+    EXPECT_EQ(joined.image.pixel(200, 230), qRgb(255, 255, 0));
+    // The right display's picture ends at the root's edge, 20 points short.
+    EXPECT_EQ(qAlpha(joined.image.pixel(219, 120)), 255);
+    EXPECT_EQ(qAlpha(joined.image.pixel(220, 120)), 0);
+}
