@@ -9,9 +9,9 @@
 #include <cmath>
 
 namespace {
-// Dates further away than this (about three million years) can't be held as
-// milliseconds safely; an item that claims one is broken.
-constexpr double maxReferenceSeconds = 1e14;
+// Dates further away than this (about 3,000 years either side) are not dates of
+// captures; within it, milliseconds stay exact through the JSON double.
+constexpr double maxReferenceSeconds = 1e11;
 } // namespace
 
 QDateTime HistoryItem::referenceDate()

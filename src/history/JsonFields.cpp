@@ -25,7 +25,7 @@ bool requiredString(const QJsonObject &object, const QString &key, QString &out)
 bool requiredNumber(const QJsonObject &object, const QString &key, double &out)
 {
     const QJsonValue value = object.value(key);
-    if (!value.isDouble())
+    if (!value.isDouble() || !std::isfinite(value.toDouble()))
         return false;
     out = value.toDouble();
     return true;
@@ -47,7 +47,9 @@ bool optionalNumber(const QJsonObject &object, const QString &key, double &out)
     const QJsonValue value = object.value(key);
     if (absent(value))
         return true;
-    if (!value.isDouble())
+    // A number too large for a double reads as infinite, which no file of
+    // ours holds and which would not survive being written back.
+    if (!value.isDouble() || !std::isfinite(value.toDouble()))
         return false;
     out = value.toDouble();
     return true;

@@ -9,7 +9,8 @@
 #include <cmath>
 
 namespace {
-constexpr double maxReferenceSeconds = 1e14;
+// As for HistoryItem: further away than this is not a date of a capture.
+constexpr double maxReferenceSeconds = 1e11;
 } // namespace
 
 std::optional<OldHistoryItem> OldHistoryItem::fromJson(const QJsonObject &object)

@@ -103,6 +103,7 @@ TEST(HistoryItem, KeysOfTheWrongTypeFailTheItem)
     EXPECT_FALSE(HistoryItem::fromJson(parse(R"({"id":"a","date":1,"kind":"gif","pixelHeight":"2"})")));
     EXPECT_FALSE(HistoryItem::fromJson(parse(R"({"id":"a","date":1,"kind":"gif","seconds":true})")));
     EXPECT_FALSE(HistoryItem::fromJson(parse(R"({"id":"a","date":1e300,"kind":"gif"})")));
+    EXPECT_FALSE(HistoryItem::fromJson(parse(R"({"id":"a","date":1,"kind":"gif","seconds":1e400})")));
     EXPECT_TRUE(HistoryItem::fromJson(parse(R"({"id":"a","date":1,"kind":"gif","pixelWidth":3.0,"path":null})")));
 }
 
