@@ -21,10 +21,11 @@ struct HeifHandleDeleter {
     void operator()(heif_image_handle *handle) const { heif_image_handle_release(handle); }
 };
 
-QSize qtReaderSize(const QString &path)
+QSize qtReaderSize(const QString &path, const QByteArray &format)
 {
-    // The size option of Qt's PNG and JPEG readers stops after the header.
-    QImageReader reader(path);
+    // The size option of Qt's PNG and JPEG readers stops before the picture
+    // data. Naming the format spares asking every reader whether it knows the file.
+    QImageReader reader(path, format);
     const QSize size = reader.size();
     return size.isValid() ? size : unknown;
 }
@@ -68,7 +69,11 @@ QSize pixelSize(const QString &path)
         return gifSize(path);
     if (extension == u"heic")
         return heicSize(path);
-    return qtReaderSize(path);
+    if (extension == u"png")
+        return qtReaderSize(path, "png");
+    if (extension == u"jpg" || extension == u"jpeg")
+        return qtReaderSize(path, "jpeg");
+    return qtReaderSize(path, {});
 }
 
 } // namespace ImageHeaderReader

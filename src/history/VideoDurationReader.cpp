@@ -37,8 +37,12 @@ double streamSeconds(const AVFormatContext &context)
 
 double seconds(const QString &path)
 {
+    // Captures are MP4 or QuickTime, which one demuxer reads: naming it spares
+    // probing the file against every format libavformat knows, which costs
+    // more than reading the header itself. Whatever else it is, it fails here.
+    static const AVInputFormat *const quickTime = av_find_input_format("mov");
     AVFormatContext *raw = nullptr;
-    if (avformat_open_input(&raw, QFile::encodeName(path).constData(), nullptr, nullptr) < 0)
+    if (avformat_open_input(&raw, QFile::encodeName(path).constData(), quickTime, nullptr) < 0)
         return 0;
     std::unique_ptr<AVFormatContext, InputCloser> context(raw);
     double value = 0;
