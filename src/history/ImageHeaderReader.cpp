@@ -1,5 +1,7 @@
 #include "history/ImageHeaderReader.h"
 
+#include "history/HeaderFile.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
@@ -23,22 +25,44 @@ struct HeifHandleDeleter {
 
 QSize qtReaderSize(const QString &path, const QByteArray &format)
 {
+    HeaderFile header(path);
+    QFile file;
+    if (!header.isOpen() || !file.open(header.descriptor(), QIODevice::ReadOnly, QFileDevice::DontCloseHandle))
+        return unknown;
     // The size option of Qt's PNG and JPEG readers stops before the picture
     // data. Naming the format spares asking every reader whether it knows the file.
-    QImageReader reader(path, format);
+    QImageReader reader(&file, format);
     const QSize size = reader.size();
     return size.isValid() ? size : unknown;
+}
+
+// libheif reads through these, so that it too reads only what it asks for.
+heif_reader headerFileReader()
+{
+    heif_reader reader{};
+    reader.reader_api_version = 1;
+    reader.get_position = [](void *file) -> int64_t { return static_cast<HeaderFile *>(file)->position(); };
+    reader.read = [](void *data, size_t size, void *file) -> int {
+        return static_cast<HeaderFile *>(file)->read(data, qint64(size)) == qint64(size) ? 0 : -1;
+    };
+    reader.seek = [](int64_t position, void *file) -> int {
+        return static_cast<HeaderFile *>(file)->seek(position) ? 0 : -1;
+    };
+    reader.wait_for_file_size = [](int64_t size, void *file) -> heif_reader_grow_status {
+        return size <= static_cast<HeaderFile *>(file)->size() ? heif_reader_grow_status_size_reached
+                                                                : heif_reader_grow_status_size_beyond_eof;
+    };
+    return reader;
 }
 
 } // namespace
 
 QSize gifSize(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return unknown;
+    HeaderFile file(path);
     // "GIF87a" or "GIF89a", then the logical screen width and height, little-endian.
-    const QByteArray header = file.read(10);
+    QByteArray header(10, '\0');
+    header.truncate(qMax<qint64>(0, file.readAt(0, header.data(), header.size())));
     if (header.size() < 10 || !(header.startsWith("GIF87a") || header.startsWith("GIF89a")))
         return unknown;
     const auto byte = [&](int i) { return static_cast<unsigned char>(header[i]); };
@@ -50,9 +74,12 @@ QSize heicSize(const QString &path)
     std::unique_ptr<heif_context, HeifContextDeleter> context(heif_context_alloc());
     if (!context)
         return unknown;
+    HeaderFile file(path);
+    if (!file.isOpen())
+        return unknown;
     // Reading the file parses its boxes; the coded picture itself is not touched.
-    if (heif_context_read_from_file(context.get(), QFile::encodeName(path).constData(), nullptr).code !=
-        heif_error_Ok)
+    static const heif_reader reader = headerFileReader();
+    if (heif_context_read_from_reader(context.get(), &reader, &file, nullptr).code != heif_error_Ok)
         return unknown;
     heif_image_handle *raw = nullptr;
     if (heif_context_get_primary_image_handle(context.get(), &raw).code != heif_error_Ok)
