@@ -3,6 +3,7 @@
 #include "history/HistoryStore.h"
 
 #include <QEventLoop>
+#include <QJsonDocument>
 
 namespace {
 
@@ -84,5 +85,14 @@ QString HistoryListCommand::formatLines(const QList<HistoryItem> &items)
 
 QString HistoryListCommand::formatJson(const QList<HistoryItem> &items)
 {
-    return QString::fromUtf8(HistoryItem::encodeList(items));
+    // The same compact array as text.json, written an item at a time: a whole
+    // QJsonArray of a large folder would cost several times the memory.
+    QByteArray bytes("[");
+    for (const HistoryItem &item : items) {
+        if (bytes.size() > 1)
+            bytes += ',';
+        bytes += QJsonDocument(item.toJson()).toJson(QJsonDocument::Compact);
+    }
+    bytes += ']';
+    return QString::fromUtf8(bytes);
 }
