@@ -49,9 +49,7 @@ TEST_F(VideoDurationReaderTest, CutOffRecordingIsZeroNotACrash)
     QFile whole(path("whole.mp4"));
     ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
     HistoryTestFiles::writeBytes(path("cut.mp4"), whole.read(700));
-    const double seconds = VideoDurationReader::seconds(path("cut.mp4"));
-    EXPECT_GE(seconds, 0);
-    EXPECT_LT(seconds, 2.0);
+    EXPECT_EQ(VideoDurationReader::seconds(path("cut.mp4")), 0);
 }
 
 } // namespace
