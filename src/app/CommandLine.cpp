@@ -6,10 +6,11 @@ namespace CommandLine {
 
 namespace {
 constexpr std::array kVerbs = {
-    Verb{"settings-path", "", "Print the path of the settings file", 0, 0, true},
-    Verb{"quit", "", "Quit the running copy of glimpso", 0, 0, false},
-    Verb{"region", "--rect WxH+X+Y [--copy|--save]", "Capture a rectangle of the desktop, in pixels", 2, 3, true, 60000},
-    Verb{"all", "[--copy|--save]", "Capture all displays", 0, 1, true, 60000},
+    Verb{"settings-path", "", "Print the path of the settings file", 0, 0, true, false},
+    Verb{"region", "--rect WxH+X+Y [--copy|--save]", "Capture a rectangle of the desktop, in pixels", 2, 3, true, false, 60000},
+    Verb{"all", "[--copy|--save]", "Capture all displays", 0, 1, true, false, 60000},
+    Verb{"history", "--list [--json]", "Print the history, newest first (needs no running copy)", 1, 2, false, true},
+    Verb{"quit", "", "Quit the running copy of glimpso", 0, 0, false, false},
 };
 } // namespace
 
@@ -48,7 +49,8 @@ Invocation parse(const QStringList &arguments)
             expected += u' ' + QLatin1String(verb->arguments);
         return {Invocation::Kind::usageError, {}, QStringLiteral("glimpso: usage: glimpso %1").arg(expected)};
     }
-    return {Invocation::Kind::sendVerb, arguments, {}};
+    const auto kind = verb->runsInProcess ? Invocation::Kind::runInProcess : Invocation::Kind::sendVerb;
+    return {kind, arguments, {}};
 }
 
 QString usage()
@@ -58,21 +60,22 @@ QString usage()
         "\n"
         "Without a command, starts glimpso in the system tray; if it runs already,\n"
         "the running copy stays in charge. A command is sent to the running copy,\n"
-        "which is started first when needed.\n"
+        "which is started first when needed; `history --list` reads the save\n"
+        "folder itself and needs neither a running copy nor a display.\n"
         "\n"
         "Commands:\n");
     for (const Verb &verb : kVerbs) {
         QString left = QLatin1String(verb.name);
         if (*verb.arguments)
             left += u' ' + QLatin1String(verb.arguments);
-        text += QStringLiteral("  %1%2\n").arg(left.size() >= 20 ? left + QStringLiteral("  ") : left.leftJustified(20),
+        text += QStringLiteral("  %1%2\n").arg(left.size() >= 26 ? left + QStringLiteral("  ") : left.leftJustified(26),
                                                QLatin1String(verb.summary));
     }
     text += QStringLiteral(
         "\n"
         "Options:\n"
-        "  -h, --help          Show this help\n"
-        "  -v, --version       Show the version\n"
+        "  -h, --help                Show this help\n"
+        "  -v, --version             Show the version\n"
         "\n"
         "Environment: GLIMPSO_LOG=debug logs more; the log of a copy started by a\n"
         "command goes to $XDG_STATE_HOME/glimpso/glimpso.log.\n");

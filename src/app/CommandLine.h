@@ -6,7 +6,8 @@
 #include <span>
 
 // The command line: `glimpso` starts the tray application; `glimpso VERB ...`
-// sends the verb to the running copy.
+// sends the verb to the running copy, or, for a verb that only reads what is
+// on disk, runs it right here without one.
 namespace CommandLine {
 
 struct Verb {
@@ -16,6 +17,7 @@ struct Verb {
     int minArguments;
     int maxArguments;
     bool startsApplication; // start glimpso first when no copy runs
+    bool runsInProcess;     // done by this process, with no running copy and no display
     int answerTimeoutMs = 0; // how long the running copy may take to answer; 0 for the usual time
 };
 
@@ -23,7 +25,7 @@ std::span<const Verb> verbs();
 const Verb *findVerb(const QString &name);
 
 struct Invocation {
-    enum class Kind { startApplication, sendVerb, showHelp, showVersion, usageError };
+    enum class Kind { startApplication, sendVerb, runInProcess, showHelp, showVersion, usageError };
     Kind kind = Kind::startApplication;
     QStringList arguments; // the verb and its arguments
     QString error;         // for usageError

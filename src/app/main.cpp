@@ -1,9 +1,12 @@
 #include "app/AppDelegate.h"
 #include "app/CommandClient.h"
 #include "app/CommandLine.h"
+#include "app/HistoryListCommand.h"
 #include "app/InstanceChannelLoader.h"
 #include "appbase/Logging.h"
 #include "appbase/SingleInstance.h"
+#include "history/HistoryStore.h"
+#include "history/VideoDurationReader.h"
 #include "platform/desktop/XdgAutostartLoginItem.h"
 #include "settings/AppSettings.h"
 #include "settings/IniSettingsStorage.h"
@@ -56,6 +59,25 @@ int sendVerb(int argc, char **argv, const QStringList &arguments)
     auto channel = InstanceChannelLoader::make();
     CommandClient client(*channel, startApplicationDetached);
     const CommandClient::Outcome outcome = client.run(*verb, arguments);
+    print(stdout, outcome.output);
+    print(stderr, outcome.error);
+    return outcome.exitCode;
+}
+
+// Verbs that only read what is on disk: no running copy, no display, no bus.
+int runInProcess(int argc, char **argv, const QStringList &arguments)
+{
+    Logging::setUp(Logging::Audience::commandLine);
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("glimpso"));
+    VideoDurationReader::quietLibraryLog();
+    IniSettingsStorage storage(IniSettingsStorage::defaultFilePath());
+    XdgAutostartLoginItem loginItem(XdgAutostartLoginItem::defaultEntryPath(),
+                                    XdgAutostartLoginItem::installedLauncherPath(),
+                                    QCoreApplication::applicationFilePath());
+    AppSettings settings(storage, loginItem);
+    const auto outcome =
+        HistoryListCommand::run(arguments.mid(1), settings, HistoryStore::defaultSupportFolder());
     print(stdout, outcome.output);
     print(stderr, outcome.error);
     return outcome.exitCode;
@@ -122,6 +144,8 @@ int main(int argc, char **argv)
         return 2;
     case CommandLine::Invocation::Kind::sendVerb:
         return sendVerb(argc, argv, invocation.arguments);
+    case CommandLine::Invocation::Kind::runInProcess:
+        return runInProcess(argc, argv, invocation.arguments);
     case CommandLine::Invocation::Kind::startApplication:
         break;
     }

@@ -54,6 +54,27 @@ TEST(CommandLine, UsageListsEveryVerb)
         EXPECT_TRUE(usage.contains(QLatin1String(verb.name))) << verb.name;
 }
 
+TEST(CommandLine, HistoryListRunsInThisProcess)
+{
+    const auto invocation = CommandLine::parse({"history", "--list", "--json"});
+    EXPECT_EQ(invocation.kind, Kind::runInProcess);
+    EXPECT_EQ(invocation.arguments, (QStringList{"history", "--list", "--json"}));
+    EXPECT_FALSE(CommandLine::findVerb("history")->startsApplication);
+}
+
+TEST(CommandLine, HistoryNeedsItsOption)
+{
+    const auto invocation = CommandLine::parse({"history"});
+    EXPECT_EQ(invocation.kind, Kind::usageError);
+    EXPECT_EQ(invocation.error, "glimpso: usage: glimpso history --list [--json]");
+}
+
+TEST(CommandLine, OnlyHistoryRunsInProcess)
+{
+    for (const CommandLine::Verb &verb : CommandLine::verbs())
+        EXPECT_EQ(verb.runsInProcess, QLatin1String(verb.name) == u"history") << verb.name;
+}
+
 TEST(CommandLine, QuitDoesNotStartACopyButOtherVerbsDo)
 {
     EXPECT_FALSE(CommandLine::findVerb("quit")->startsApplication);

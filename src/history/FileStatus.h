@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+#include <optional>
+
+struct statx;
+
+// What the listing needs to know of one directory entry, from one statx call
+// that does not follow symbolic links: a link named like a capture is not a
+// capture, and neither is a folder, a pipe or a device.
+struct FileStatus {
+    bool regularFile = false;
+    // Absent when the file system gives neither a birth nor a change date.
+    std::optional<QDateTime> creationDate;
+
+    // Absent when the entry can't be looked at (gone, or a dangling path).
+    static std::optional<FileStatus> of(const QString &path);
+
+    // The creation date of a capture: its birth time, unless the modification
+    // time is earlier. Birth time is what the file system records at creation;
+    // an earlier modification time means the file was brought in with its own
+    // date kept (a copy with dates kept, an archive, the migration of the old
+    // history, which can set only this one), and that date is the capture's.
+    // Without a birth time, the modification time.
+    static std::optional<QDateTime> creationDateFrom(const struct statx &facts);
+};

@@ -1,0 +1,120 @@
+#include "history/VideoDurationReader.h"
+
+#include "history/HeaderFile.h"
+
+#include <QFile>
+
+extern "C" {
+#include <libavformat/avformat.h>
+#include <libavutil/mem.h>
+#include <libavutil/log.h>
+}
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+namespace VideoDurationReader {
+
+namespace {
+
+constexpr int ioBufferSize = 4096;
+
+// The demuxer reads through this, so that it reads only what it asks for.
+int readPacket(void *opaque, uint8_t *buffer, int size)
+{
+    const qint64 n = static_cast<HeaderFile *>(opaque)->read(buffer, size);
+    if (n < 0)
+        return AVERROR(EIO);
+    return n == 0 ? AVERROR_EOF : int(n);
+}
+
+int64_t seekTo(void *opaque, int64_t offset, int whence)
+{
+    auto *file = static_cast<HeaderFile *>(opaque);
+    switch (whence & ~AVSEEK_FORCE) {
+    case AVSEEK_SIZE:
+        return file->size();
+    case SEEK_SET:
+        break;
+    case SEEK_CUR:
+        offset += file->position();
+        break;
+    case SEEK_END:
+        offset += file->size();
+        break;
+    default:
+        return AVERROR(EINVAL);
+    }
+    return file->seek(offset) ? offset : AVERROR(EINVAL);
+}
+
+struct IoContextDeleter {
+    void operator()(AVIOContext *io) const
+    {
+        av_freep(&io->buffer);
+        avio_context_free(&io);
+    }
+};
+
+struct InputCloser {
+    void operator()(AVFormatContext *context) const { avformat_close_input(&context); }
+};
+
+double streamSeconds(const AVFormatContext &context)
+{
+    // Fragmented MP4 has no length in its movie header; the demuxer still knows
+    // each track's length from the fragments' index.
+    double longest = 0;
+    for (unsigned i = 0; i < context.nb_streams; ++i) {
+        const AVStream *stream = context.streams[i];
+        if (stream->duration == AV_NOPTS_VALUE || stream->duration <= 0)
+            continue;
+        longest = std::max(longest, static_cast<double>(stream->duration) * av_q2d(stream->time_base));
+    }
+    return longest;
+}
+
+} // namespace
+
+double seconds(const QString &path)
+{
+    // Captures are MP4 or QuickTime, which one demuxer reads: naming it spares
+    // probing the file against every format libavformat knows, which costs
+    // more than reading the header itself. Whatever else it is, it fails here.
+    static const AVInputFormat *const quickTime = av_find_input_format("mov");
+    HeaderFile file(path);
+    if (!file.isOpen())
+        return 0;
+    auto *buffer = static_cast<unsigned char *>(av_malloc(ioBufferSize));
+    if (!buffer)
+        return 0;
+    // Declared before the format context, so that it outlives it.
+    std::unique_ptr<AVIOContext, IoContextDeleter> io(
+        avio_alloc_context(buffer, ioBufferSize, 0, &file, readPacket, nullptr, seekTo));
+    if (!io) {
+        av_free(buffer);
+        return 0;
+    }
+    AVFormatContext *raw = avformat_alloc_context();
+    if (!raw)
+        return 0;
+    raw->pb = io.get();
+    // On failure avformat_open_input frees the context itself.
+    if (avformat_open_input(&raw, QFile::encodeName(path).constData(), quickTime, nullptr) < 0)
+        return 0;
+    std::unique_ptr<AVFormatContext, InputCloser> context(raw);
+    double value = 0;
+    if (context->duration != AV_NOPTS_VALUE && context->duration > 0)
+        value = static_cast<double>(context->duration) / AV_TIME_BASE;
+    else
+        value = streamSeconds(*context);
+    return std::isfinite(value) ? value : 0;
+}
+
+void quietLibraryLog()
+{
+    av_log_set_level(AV_LOG_QUIET);
+}
+
+} // namespace VideoDurationReader
