@@ -2,6 +2,7 @@
 
 #include "acquire/DesktopSpace.h"
 #include "app/CaptureCoordinator.h"
+#include "history/HistoryStore.h"
 #include "app/CaptureVerb.h"
 #include "app/ScriptedRegionSelector.h"
 #include "appbase/SingleInstance.h"
@@ -106,12 +107,18 @@ void AppDelegate::buildCaptureCoordinator()
     qCInfo(lcAppDelegate, "desktop backend: %s", qUtf8Printable(m_desktop.name));
     m_output = std::make_unique<OutputService>(m_settings, *m_notifier);
     m_shutter = std::make_unique<ShutterSound>(m_settings);
+    m_history = std::make_unique<HistoryStore>(m_settings);
+    m_history->onNotice = [this](const QString &title, const QString &body, double seconds) {
+        m_notifier->post(title, body, seconds, NoticeAction::none());
+    };
 
     CaptureCoordinator::Parts parts{m_settings,  *m_desktop.capture, *m_output,
                                     *m_notifier, *m_desktop.screens, *m_desktop.focus};
     parts.note = [](const QString &sentence) { qCInfo(lcAppDelegate, "diary: %s", qUtf8Printable(sentence)); };
     parts.playShutter = [this] { m_shutter->play(); };
     parts.copyTextToClipboard = [](const QString &text) { QGuiApplication::clipboard()->setText(text); };
+    parts.addHistoryFile = [this](const QString &path) { m_history->addFile(path); };
+    parts.addHistoryText = [this](const QString &text) { m_history->addText(text); };
     m_coordinator = std::make_unique<CaptureCoordinator>(std::move(parts));
 }
 

@@ -12,6 +12,7 @@
 
 class AppSettings;
 class CaptureCoordinator;
+class HistoryStore;
 class LoggingNotifier;
 class OutputService;
 class ShutterSound;
@@ -58,5 +59,6 @@ private:
     DesktopBackend m_desktop;
     std::unique_ptr<OutputService> m_output;
     std::unique_ptr<ShutterSound> m_shutter;
+    std::unique_ptr<HistoryStore> m_history;
     std::unique_ptr<CaptureCoordinator> m_coordinator;
 };
