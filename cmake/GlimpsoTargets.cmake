@@ -63,3 +63,27 @@ function(glimpso_add_folders)
     endif()
   endforeach()
 endfunction()
+
+# glimpso_fuzz_test(<name> SEEDS <dir> SOURCES <file>... [QT]): a libFuzzer
+# target built with clang by tests/support/run-fuzzer.sh, apart from this
+# build, and run for 60 s under the label `fuzz`. Sources are relative to the
+# project root. Without clang++ the test is not registered, and the configure
+# says so.
+function(glimpso_fuzz_test name)
+  cmake_parse_arguments(FUZZ "QT" "SEEDS" "SOURCES" ${ARGN})
+  find_program(GLIMPSO_CLANGXX NAMES clang++-14 clang++)
+  if(NOT GLIMPSO_CLANGXX)
+    message(WARNING "clang++ not found: the fuzz test ${name} is not registered")
+    return()
+  endif()
+  list(TRANSFORM FUZZ_SOURCES PREPEND ${PROJECT_SOURCE_DIR}/)
+  set(qt_flag)
+  if(FUZZ_QT)
+    set(qt_flag --qt)
+  endif()
+  add_test(NAME ${name}
+    COMMAND ${PROJECT_SOURCE_DIR}/tests/support/run-fuzzer.sh ${CMAKE_CURRENT_BINARY_DIR}/${name} 60
+            ${FUZZ_SEEDS} ${name} ${qt_flag} ${FUZZ_SOURCES})
+  set_tests_properties(${name} PROPERTIES
+    ENVIRONMENT "CLANGXX=${GLIMPSO_CLANGXX}" LABELS fuzz TIMEOUT 300)
+endfunction()

@@ -76,15 +76,11 @@ void detachSegment(void *info)
 } // namespace
 
 CaptureService::CaptureService(QByteArray displayName, DisplayLocator locator)
-    : m_displayName(std::move(displayName)), m_locator(std::move(locator))
+    : m_x(std::move(displayName)), m_locator(std::move(locator))
 {
 }
 
-CaptureService::~CaptureService()
-{
-    if (m_connection)
-        xcb_disconnect(m_connection);
-}
+CaptureService::~CaptureService() = default;
 
 void CaptureService::setSharedMemoryAllowed(bool allowed)
 {
@@ -92,37 +88,25 @@ void CaptureService::setSharedMemoryAllowed(bool allowed)
     m_sharedMemoryAllowed = allowed;
 }
 
-xcb_connection_t *CaptureService::connection()
+QImage CaptureService::grabDisplay(std::uint32_t displayID, const std::optional<QRect> &rect)
 {
-    if (m_connection && xcb_connection_has_error(m_connection)) {
-        xcb_disconnect(m_connection);
-        m_connection = nullptr;
+    if (!rect || rect->isEmpty()) {
+        qCCritical(lcCaptureService, "screen image missing for display %u: not on the desktop", displayID);
+        throw AppError::captureFailed(noPictureText(displayID));
     }
-    if (!m_connection) {
-        xcb_connection_t *c = xcb_connect(m_displayName.isEmpty() ? nullptr : m_displayName.constData(), nullptr);
-        if (xcb_connection_has_error(c)) {
-            xcb_disconnect(c);
-            return nullptr;
-        }
-        m_connection = c;
+    try {
+        return grab(*rect);
+    } catch (const AppError &) {
+        qCCritical(lcCaptureService, "screen image missing for display %u", displayID);
+        throw AppError::captureFailed(noPictureText(displayID));
     }
-    return m_connection;
 }
 
 QFuture<QImage> CaptureService::captureDisplay(std::uint32_t displayID)
 {
     const std::optional<QRect> rect = m_locator(displayID);
     return QtConcurrent::run([this, displayID, rect]() -> QImage {
-        if (!rect || rect->isEmpty()) {
-            qCCritical(lcCaptureService, "screen image missing for display %u: not on the desktop", displayID);
-            throw AppError::captureFailed(noPictureText(displayID));
-        }
-        try {
-            return grab(*rect);
-        } catch (const AppError &) {
-            qCCritical(lcCaptureService, "screen image missing for display %u", displayID);
-            throw AppError::captureFailed(noPictureText(displayID));
-        }
+        return grabDisplay(displayID, rect);
     });
 }
 
@@ -138,23 +122,14 @@ QFuture<QImage> CaptureService::captureDisplayHidingDesktopIcons(std::uint32_t d
             qCCritical(lcCaptureService, "capture without desktop icons failed, using the full display: %s",
                        "a desktop window holds the icons and the X server has no picture without it");
         }
-        if (!rect || rect->isEmpty()) {
-            qCCritical(lcCaptureService, "screen image missing for display %u: not on the desktop", displayID);
-            throw AppError::captureFailed(noPictureText(displayID));
-        }
-        try {
-            return grab(*rect);
-        } catch (const AppError &) {
-            qCCritical(lcCaptureService, "screen image missing for display %u", displayID);
-            throw AppError::captureFailed(noPictureText(displayID));
-        }
+        return grabDisplay(displayID, rect);
     });
 }
 
 QImage CaptureService::grab(const QRect &requested)
 {
     QMutexLocker lock(&m_mutex);
-    xcb_connection_t *c = connection();
+    xcb_connection_t *c = m_x.get();
     if (!c)
         throw AppError::captureFailed(QStringLiteral("no connection to the X server"));
     xcb_screen_t *screen = firstScreen(c);
@@ -249,7 +224,7 @@ std::optional<QImage> CaptureService::grabPlain(xcb_connection_t *c, unsigned ro
 bool CaptureService::hasDesktopWindows()
 {
     QMutexLocker lock(&m_mutex);
-    xcb_connection_t *c = connection();
+    xcb_connection_t *c = m_x.get();
     if (!c)
         return false;
     auto atom = [c](const char *name) -> xcb_atom_t {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/x11/X11Connection.h"
+
 #include "acquire/CaptureServicing.h"
 
 #include <QByteArray>
@@ -42,13 +44,14 @@ public:
     bool hasDesktopWindows();
 
 private:
-    xcb_connection_t *connection();
+    // grab() for a display: a display that is not on the desktop, or a
+    // picture the server refuses, fails with the display's own text.
+    QImage grabDisplay(std::uint32_t displayID, const std::optional<QRect> &rect);
     std::optional<QImage> grabShared(xcb_connection_t *c, unsigned root, const QRect &rect);
     std::optional<QImage> grabPlain(xcb_connection_t *c, unsigned root, const QRect &rect);
 
-    QByteArray m_displayName;
+    X11Connection m_x;
     DisplayLocator m_locator;
     QMutex m_mutex;
-    xcb_connection_t *m_connection = nullptr;
     bool m_sharedMemoryAllowed = true;
 };

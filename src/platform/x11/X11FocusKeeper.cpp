@@ -22,42 +22,21 @@ xcb_window_t rootOf(xcb_connection_t *c) { return xcb_setup_roots_iterator(xcb_g
 
 } // namespace
 
-X11FocusKeeper::X11FocusKeeper(QByteArray displayName) : m_displayName(std::move(displayName)) {}
+X11FocusKeeper::X11FocusKeeper(QByteArray displayName) : m_x(std::move(displayName)) {}
 
-X11FocusKeeper::~X11FocusKeeper()
-{
-    if (m_connection)
-        xcb_disconnect(m_connection);
-}
-
-xcb_connection_t *X11FocusKeeper::connection()
-{
-    if (m_connection && xcb_connection_has_error(m_connection)) {
-        xcb_disconnect(m_connection);
-        m_connection = nullptr;
-    }
-    if (!m_connection) {
-        xcb_connection_t *c = xcb_connect(m_displayName.isEmpty() ? nullptr : m_displayName.constData(), nullptr);
-        if (xcb_connection_has_error(c)) {
-            xcb_disconnect(c);
-            return nullptr;
-        }
-        m_connection = c;
-    }
-    return m_connection;
-}
+X11FocusKeeper::~X11FocusKeeper() = default;
 
 unsigned X11FocusKeeper::atom(const char *name)
 {
-    auto r = reply(xcb_intern_atom_reply(m_connection,
-                                         xcb_intern_atom(m_connection, 0, std::uint16_t(std::strlen(name)), name),
+    auto r = reply(xcb_intern_atom_reply(m_x.get(),
+                                         xcb_intern_atom(m_x.get(), 0, std::uint16_t(std::strlen(name)), name),
                                          nullptr));
     return r ? r->atom : unsigned(XCB_ATOM_NONE);
 }
 
 std::optional<FocusKeeper::Window> X11FocusKeeper::activeForeignWindow()
 {
-    xcb_connection_t *c = connection();
+    xcb_connection_t *c = m_x.get();
     if (!c)
         return std::nullopt;
     auto active = reply(xcb_get_property_reply(
@@ -87,7 +66,7 @@ std::optional<FocusKeeper::Window> X11FocusKeeper::activeForeignWindow()
 
 bool X11FocusKeeper::activate(const Window &window)
 {
-    xcb_connection_t *c = connection();
+    xcb_connection_t *c = m_x.get();
     if (!c)
         return false;
     auto attributes = reply(xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, window.id), nullptr));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/x11/X11Connection.h"
+
 #include "acquire/FocusKeeper.h"
 
 #include <QByteArray>
@@ -21,9 +23,7 @@ public:
     bool activate(const Window &window) override;
 
 private:
-    xcb_connection_t *connection();
     unsigned atom(const char *name);
 
-    QByteArray m_displayName;
-    xcb_connection_t *m_connection = nullptr;
+    X11Connection m_x;
 };
