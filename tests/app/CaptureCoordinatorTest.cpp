@@ -1,16 +1,17 @@
 #include "app/CaptureCoordinator.h"
 
 #include "appbase/AppError.h"
-#include "output/Notifying.h"
 #include "output/OutputService.h"
 #include "settings/AppSettings.h"
 #include "settings/IniSettingsStorage.h"
-#include "settings/LoginItem.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QTemporaryDir>
+
+#include "RecordingNotifier.h"
+#include "SettingsFakes.h"
 
 #include <gtest/gtest.h>
 
@@ -35,28 +36,6 @@ void settle()
     for (int i = 0; i < 20; ++i)
         QCoreApplication::processEvents();
 }
-
-struct QuietLoginItem : LoginItem {
-    bool isEnabled() const override { return false; }
-    QString setEnabled(bool) override { return {}; }
-};
-
-struct Notice {
-    QString title;
-    QString body;
-    double duration;
-    NoticeAction action;
-};
-
-struct RecordingNotifier : Notifying {
-    QList<Notice> notices;
-    QList<AppError> errors;
-    void post(const QString &title, const QString &body, double duration, const NoticeAction &action) override
-    {
-        notices.append({title, body, duration, action});
-    }
-    void error(const AppError &error) override { errors.append(error); }
-};
 
 QImage solid(QSize size, QRgb colour)
 {
@@ -208,7 +187,7 @@ protected:
 
     QTemporaryDir dir;
     IniSettingsStorage storage{dir.filePath("glimpso.conf")};
-    QuietLoginItem login;
+    InertLoginItem login;
     AppSettings settings{storage, login};
     RecordingNotifier notifier;
     OutputService output{settings, notifier};

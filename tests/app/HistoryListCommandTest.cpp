@@ -12,29 +12,18 @@
 #include <QMap>
 #include <QTemporaryDir>
 #include <QTimeZone>
+#include "SettingsFakes.h"
+
 #include <gtest/gtest.h>
 
 namespace {
-
-struct MemoryStorage : SettingsStorage {
-    QMap<QString, QVariant> values;
-    bool contains(const QString &key) const override { return values.contains(key); }
-    QVariant value(const QString &key) const override { return values.value(key); }
-    void setValue(const QString &key, const QVariant &value) override { values.insert(key, value); }
-    void remove(const QString &key) override { values.remove(key); }
-};
-
-struct FixedLoginItem : LoginItem {
-    bool isEnabled() const override { return false; }
-    QString setEnabled(bool) override { return {}; }
-};
 
 class HistoryListCommandTest : public ::testing::Test
 {
 protected:
     QTemporaryDir dir;
-    MemoryStorage storage;
-    FixedLoginItem loginItem;
+    MemorySettingsStorage storage;
+    InertLoginItem loginItem;
     AppSettings settings{storage, loginItem};
     QString save = dir.filePath("save");
     QString support = dir.filePath("support");

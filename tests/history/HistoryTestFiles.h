@@ -1,11 +1,9 @@
 #pragma once
 
+#include "SettingsFakes.h"
 #include "settings/AppSettings.h"
-#include "settings/LoginItem.h"
-#include "settings/SettingsStorage.h"
 
 #include <QDateTime>
-#include <QMap>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -44,22 +42,10 @@ public:
     AppSettings &settings() { return *m_settings; }
 
 private:
-    struct MemoryStorage : SettingsStorage {
-        QMap<QString, QVariant> values;
-        bool contains(const QString &key) const override { return values.contains(key); }
-        QVariant value(const QString &key) const override { return values.value(key); }
-        void setValue(const QString &key, const QVariant &value) override { values.insert(key, value); }
-        void remove(const QString &key) override { values.remove(key); }
-    };
-    struct FixedLoginItem : LoginItem {
-        bool isEnabled() const override { return false; }
-        QString setEnabled(bool) override { return {}; }
-    };
-
     QTemporaryDir m_dir;
     QByteArray m_oldHome;
     QByteArray m_oldDataHome;
-    MemoryStorage m_storage;
-    FixedLoginItem m_loginItem;
+    MemorySettingsStorage m_storage;
+    InertLoginItem m_loginItem;
     std::unique_ptr<AppSettings> m_settings;
 };

@@ -1,10 +1,8 @@
 #include "output/OutputService.h"
 
 #include "appbase/AppError.h"
-#include "output/Notifying.h"
 #include "settings/AppSettings.h"
 #include "settings/IniSettingsStorage.h"
-#include "settings/LoginItem.h"
 
 #include <QClipboard>
 #include <QDeadlineTimer>
@@ -16,31 +14,12 @@
 #include <QThread>
 #include <QUrl>
 
+#include "RecordingNotifier.h"
+#include "SettingsFakes.h"
+
 #include <gtest/gtest.h>
 
 namespace {
-
-struct QuietLoginItem : LoginItem {
-    bool isEnabled() const override { return false; }
-    QString setEnabled(bool) override { return {}; }
-};
-
-struct Notice {
-    QString title;
-    QString body;
-    double duration;
-    NoticeAction action;
-};
-
-struct RecordingNotifier : Notifying {
-    QList<Notice> notices;
-    QList<AppError::Case> errors;
-    void post(const QString &title, const QString &body, double duration, const NoticeAction &action) override
-    {
-        notices.append({title, body, duration, action});
-    }
-    void error(const AppError &error) override { errors.append(error.kind()); }
-};
 
 // Runs the event loop until the future is done, so that continuations bound
 // to the main thread run; fails the test after ten seconds.
@@ -91,7 +70,7 @@ protected:
 
     QTemporaryDir dir;
     IniSettingsStorage storage{dir.filePath("glimpso.conf")};
-    QuietLoginItem login;
+    InertLoginItem login;
     AppSettings settings{storage, login};
     RecordingNotifier notifier;
     OutputService output{settings, notifier};
