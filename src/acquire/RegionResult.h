@@ -1,6 +1,6 @@
 #pragma once
 
-#include "acquire/EditorAction.h"
+#include "annotation/EditorAction.h"
 #include "acquire/ScreenSnapshot.h"
 #include "annotation/Annotation.h"
 

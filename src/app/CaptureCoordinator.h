@@ -1,7 +1,7 @@
 #pragma once
 
 #include "acquire/CaptureServicing.h"
-#include "acquire/EditorAction.h"
+#include "annotation/EditorAction.h"
 #include "acquire/FocusKeeper.h"
 #include "acquire/RegionCompositor.h"
 #include "acquire/RegionResult.h"

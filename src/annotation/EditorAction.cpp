@@ -1,4 +1,4 @@
-#include "acquire/EditorAction.h"
+#include "annotation/EditorAction.h"
 
 QString EditorAction::description() const
 {

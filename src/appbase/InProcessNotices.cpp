@@ -1,0 +1,7 @@
+#include "appbase/InProcessNotices.h"
+
+InProcessNotices &InProcessNotices::instance()
+{
+    static InProcessNotices centre;
+    return centre;
+}
