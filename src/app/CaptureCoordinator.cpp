@@ -54,7 +54,7 @@ void CaptureCoordinator::captureRegion(bool allDisplays, CaptureIntent intent, S
         // The text hotkey over a standing selection reads that selection.
         if (intent == CaptureIntent::text && m_regionSelector) {
             if (const auto armed = m_regionSelector->armedSelection()) {
-                const std::shared_ptr<RegionSelector> selectorNow = m_regionSelector;
+                const std::shared_ptr<RegionSelecting> selectorNow = m_regionSelector;
                 selectorNow->finish(
                     RegionResult::selected(armed->rect, armed->snapshots, EditorAction::copyText(), armed->annotations));
             }
@@ -166,7 +166,7 @@ void CaptureCoordinator::presentSelector(const QList<ScreenSnapshot> &snapshots,
         Q_EMIT regionFlowEnded({}, QStringLiteral("the region selector could not be made"));
         return;
     }
-    const std::shared_ptr<RegionSelector> presented = m_regionSelector;
+    const std::shared_ptr<RegionSelecting> presented = m_regionSelector;
     presented->present();
     qCInfo(lcCoordinator, "coordinator.captureRegion: selector presented on %lld display(s)",
            qlonglong(snapshots.size()));
@@ -184,7 +184,7 @@ void CaptureCoordinator::dropSelector()
 {
     // The selector may be the caller on the stack right now; it goes once
     // this turn of the loop is over.
-    std::shared_ptr<RegionSelector> gone = std::move(m_regionSelector);
+    std::shared_ptr<RegionSelecting> gone = std::move(m_regionSelector);
     m_regionSelector.reset();
     if (gone)
         QTimer::singleShot(0, this, [gone] {});

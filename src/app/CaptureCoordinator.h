@@ -7,7 +7,7 @@
 #include "acquire/RegionResult.h"
 #include "acquire/ScreenList.h"
 #include "app/EditorWindow.h"
-#include "app/RegionSelector.h"
+#include "acquire/RegionSelecting.h"
 #include "appbase/CaptureIntent.h"
 
 #include <QColor>
@@ -47,7 +47,7 @@ public:
         bool shadow = true;
     };
 
-    using SelectorFactory = std::function<std::shared_ptr<RegionSelector>(
+    using SelectorFactory = std::function<std::shared_ptr<RegionSelecting>(
         const QList<ScreenSnapshot> &snapshots, CaptureIntent intent, std::function<void(const RegionResult &)>)>;
     using EditorFactory = std::function<std::unique_ptr<EditorWindow>(
         const QImage &image, double scale, std::function<void(const EditorAction &, const QImage &, double)> onOutput,
@@ -129,7 +129,7 @@ private:
     void post(const QString &title, const QString &body, double duration, const NoticeAction &action);
 
     Parts m_parts;
-    std::shared_ptr<RegionSelector> m_regionSelector;
+    std::shared_ptr<RegionSelecting> m_regionSelector;
     std::vector<std::unique_ptr<EditorWindow>> m_editorWindows;
     bool m_isCapturing = false;
     std::optional<FocusKeeper::Window> m_previousFrontmost;

@@ -28,7 +28,7 @@ void ScriptedRegionSelector::present()
     });
 }
 
-std::optional<RegionSelector::ArmedSelection> ScriptedRegionSelector::armedSelection() const
+std::optional<RegionSelecting::ArmedSelection> ScriptedRegionSelector::armedSelection() const
 {
     return ArmedSelection{m_rect, m_snapshots, {}};
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/RegionSelector.h"
+#include "acquire/RegionSelecting.h"
 
 #include <QObject>
 
@@ -9,7 +9,7 @@
 // A selector without an overlay: it chooses a fixed rectangle and action the
 // moment it is presented. The command line's region and all verbs take their
 // pictures through it, down the same road as the overlay's results.
-class ScriptedRegionSelector : public QObject, public RegionSelector
+class ScriptedRegionSelector : public QObject, public RegionSelecting
 {
     Q_OBJECT
 

@@ -92,7 +92,7 @@ struct FakeFocus : FocusKeeper {
     }
 };
 
-struct FakeSelector : RegionSelector {
+struct FakeSelector : RegionSelecting {
     QList<ScreenSnapshot> snapshots;
     CaptureIntent intent;
     std::function<void(const RegionResult &)> completion;
@@ -268,7 +268,7 @@ TEST_F(CaptureCoordinatorTest, ASecondPressDuringAnImageOverlayIsIgnored)
 TEST_F(CaptureCoordinatorTest, TheTextHotkeyOverAnArmedSelectionReadsIt)
 {
     FakeSelector &selector = startOverlay(true, CaptureIntent::image);
-    selector.armed = RegionSelector::ArmedSelection{QRectF(90, 10, 20, 20), selector.snapshots, {}};
+    selector.armed = RegionSelecting::ArmedSelection{QRectF(90, 10, 20, 20), selector.snapshots, {}};
     recognition.text = QStringLiteral("hello");
     coordinator().captureRegion(false, CaptureIntent::text);
     ASSERT_TRUE(waitUntil([&] { return !notifier.notices.isEmpty(); }));

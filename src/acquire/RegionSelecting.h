@@ -11,7 +11,7 @@
 
 // The frozen-screen overlay of one capture session, as the coordinator sees
 // it. The overlay calls its completion once, with the session's result.
-class RegionSelector
+class RegionSelecting
 {
 public:
     // A selection that stands on the overlay with its toolbar.
@@ -21,7 +21,7 @@ public:
         QList<glimpso::Annotation> annotations; // image points
     };
 
-    virtual ~RegionSelector() = default;
+    virtual ~RegionSelecting() = default;
     virtual void present() = 0;
     virtual std::optional<ArmedSelection> armedSelection() const = 0;
     // Ends the session with `result`, exactly as the overlay's own controls do.
