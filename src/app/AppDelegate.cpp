@@ -5,6 +5,8 @@
 #include "history/HistoryStore.h"
 #include "app/CaptureVerb.h"
 #include "app/ScriptedRegionSelector.h"
+#include "appbase/InProcessNotices.h"
+#include "overlay/RegionSelector.h"
 #include "appbase/SingleInstance.h"
 #include "output/LoggingNotifier.h"
 #include "output/OutputService.h"
@@ -95,6 +97,9 @@ void AppDelegate::registerCommands()
     m_commands.add(QStringLiteral("all"), [this](const QStringList &arguments) {
         return runCaptureVerb(QStringList{QStringLiteral("all")} + arguments);
     });
+    m_commands.add(QStringLiteral("text"), [this](const QStringList &arguments) {
+        return runCaptureVerb(QStringList{QStringLiteral("text")} + arguments);
+    });
     m_commands.add(QStringLiteral("settings-path"), [this](const QStringList &) {
         return CommandRouter::Reply{0, m_storage.filePath() + u'\n', {}};
     });
@@ -119,6 +124,14 @@ void AppDelegate::buildCaptureCoordinator()
     parts.copyTextToClipboard = [](const QString &text) { QGuiApplication::clipboard()->setText(text); };
     parts.addHistoryFile = [this](const QString &path) { m_history->addFile(path); };
     parts.addHistoryText = [this](const QString &text) { m_history->addText(text); };
+    parts.makeSelector = [this](const QList<ScreenSnapshot> &snapshots, CaptureIntent intent,
+                                std::function<void(const RegionResult &)> completion) {
+        RegionSelector::Options options;
+        options.intent = intent;
+        options.editMode = m_settings.editMode.value();
+        options.look = OverlayLook::from(m_settings, intent);
+        return std::make_shared<RegionSelector>(snapshots, std::move(options), std::move(completion));
+    };
     m_coordinator = std::make_unique<CaptureCoordinator>(std::move(parts));
 }
 
@@ -130,6 +143,8 @@ CommandRouter::Reply AppDelegate::runCaptureVerb(const QStringList &arguments)
         return {2, {}, error};
     if (m_coordinator->isCapturing())
         return {1, {}, QStringLiteral("glimpso: another capture is in progress")};
+    if (verb->interactive)
+        return runInteractiveCapture(*verb);
 
     std::optional<QRectF> rect;
     if (verb->rect) {
@@ -159,6 +174,31 @@ CommandRouter::Reply AppDelegate::runCaptureVerb(const QStringList &arguments)
     QTimer::singleShot(55000, &loop, &QEventLoop::quit);
     loop.exec();
     disconnect(connection);
+    return reply;
+}
+
+CommandRouter::Reply AppDelegate::runInteractiveCapture(const CaptureVerb &verb)
+{
+    // The command returns once the overlay is up (or the capture could not
+    // start); what the user then does with it is the overlay's business.
+    QEventLoop loop;
+    CommandRouter::Reply reply{1, {}, QStringLiteral("glimpso: the overlay did not come up")};
+    const auto presented = connect(&InProcessNotices::instance(), &InProcessNotices::overlayDidPresent, &loop,
+                                   [&reply, &loop] {
+                                       reply = {0, {}, {}};
+                                       loop.quit();
+                                   });
+    const auto ended = connect(m_coordinator.get(), &CaptureCoordinator::regionFlowEnded, &loop,
+                               [&reply, &loop](const QString &, const QString &failure) {
+                                   reply = failure.isEmpty() ? CommandRouter::Reply{0, {}, {}}
+                                                             : CommandRouter::Reply{1, {}, QStringLiteral("glimpso: ") + failure};
+                                   loop.quit();
+                               });
+    m_coordinator->captureRegion(verb.allDisplays, verb.intent);
+    QTimer::singleShot(20000, &loop, &QEventLoop::quit);
+    loop.exec();
+    disconnect(presented);
+    disconnect(ended);
     return reply;
 }
 

@@ -6,6 +6,8 @@
 
 #include <QObject>
 
+struct CaptureVerb;
+
 #include <functional>
 #include <map>
 #include <memory>
@@ -45,6 +47,7 @@ private:
     void registerCommands();
     void buildCaptureCoordinator();
     CommandRouter::Reply runCaptureVerb(const QStringList &arguments);
+    CommandRouter::Reply runInteractiveCapture(const CaptureVerb &verb);
     void startCommandChannel();
     void runLaunchEnvironment();
 

@@ -5,6 +5,7 @@
 #include "output/Notifying.h"
 #include "output/OutputService.h"
 #include "settings/AppSettings.h"
+#include "settings/HexColor.h"
 
 #include <QFileInfo>
 #include <QLoggingCategory>
@@ -470,9 +471,7 @@ void CaptureCoordinator::captureWindow()
         }
         const AppSettings &settings = self->m_parts.settings;
         WindowCaptureOptions options;
-        QColor colour = QColor::fromString(settings.windowBackgroundHex());
-        if (!colour.isValid())
-            colour = Qt::white;
+        const QColor colour = HexColor::parse(settings.windowBackgroundHex()).value_or(QColor(Qt::white));
         // Shift at the click swaps a transparent and a coloured background
         // for this one capture.
         if ((!shiftHeld) != settings.windowTransparent())

@@ -25,10 +25,18 @@ std::optional<CaptureVerb> CaptureVerb::parse(const QStringList &arguments, QStr
             *error = text;
         return std::nullopt;
     };
-    if (arguments.isEmpty() || (arguments.first() != u"region" && arguments.first() != u"all"))
+    if (arguments.isEmpty()
+        || (arguments.first() != u"region" && arguments.first() != u"all" && arguments.first() != u"text"))
         return fail(QStringLiteral("glimpso: not a capture command"));
     CaptureVerb verb;
     verb.allDisplays = arguments.first() == u"all";
+    if (arguments.first() == u"text") {
+        if (arguments.size() > 1)
+            return fail(QStringLiteral("glimpso: unknown option '%1'").arg(arguments.at(1)));
+        verb.interactive = true;
+        verb.intent = CaptureIntent::text;
+        return verb;
+    }
     bool outputChosen = false;
     for (int i = 1; i < arguments.size(); ++i) {
         const QString &argument = arguments.at(i);
@@ -47,5 +55,8 @@ std::optional<CaptureVerb> CaptureVerb::parse(const QStringList &arguments, QStr
             return fail(QStringLiteral("glimpso: unknown option '%1'").arg(argument));
         }
     }
+    if (!verb.allDisplays && !verb.rect && outputChosen)
+        return fail(QStringLiteral("glimpso: --copy and --save need --rect"));
+    verb.interactive = !verb.rect && !outputChosen;
     return verb;
 }

@@ -1,19 +1,27 @@
 #pragma once
 
+#include "appbase/CaptureIntent.h"
+
 #include <QRect>
 #include <QString>
 #include <QStringList>
 
 #include <optional>
 
-// The command line's capture verbs, which need no overlay:
-//   glimpso region --rect WxH+X+Y [--copy | --save]
-//   glimpso all [--copy | --save]
+// The command line's capture verbs:
+//   glimpso region                                   the overlay on the display under the pointer
+//   glimpso region --rect WxH+X+Y [--copy | --save]  those pixels, no overlay
+//   glimpso all                                      the overlay on every display
+//   glimpso all --copy | --save                      every display whole, no overlay
+//   glimpso text                                     the overlay, reading the text of the area
 // The rectangle is in Qt's desktop pixels, y down, in X11's geometry form.
 struct CaptureVerb {
     enum class Output { copy, save };
 
     bool allDisplays = false;
+    // The user selects on the frozen screen; otherwise the verb runs unattended.
+    bool interactive = false;
+    CaptureIntent intent = CaptureIntent::image;
     std::optional<QRect> rect;
     Output output = Output::copy;
 

@@ -7,8 +7,9 @@ namespace CommandLine {
 namespace {
 constexpr std::array kVerbs = {
     Verb{"settings-path", "", "Print the path of the settings file", 0, 0, true, false},
-    Verb{"region", "--rect WxH+X+Y [--copy|--save]", "Capture a rectangle of the desktop, in pixels", 2, 3, true, false, 60000},
-    Verb{"all", "[--copy|--save]", "Capture all displays", 0, 1, true, false, 60000},
+    Verb{"region", "[--rect WxH+X+Y [--copy|--save]]", "Select a region on the frozen screen; with --rect, capture those pixels", 0, 3, true, false, 60000},
+    Verb{"all", "[--copy|--save]", "Select on every display; with --copy or --save, capture them all", 0, 1, true, false, 60000},
+    Verb{"text", "", "Select an area and copy the text in it", 0, 0, true, false, 60000},
     Verb{"history", "--list [--json]", "Print the history, newest first (needs no running copy)", 1, 2, false, true},
     Verb{"quit", "", "Quit the running copy of glimpso", 0, 0, false, false},
 };

@@ -25,14 +25,40 @@ TEST(CaptureVerb, RegionWithRectangleAndOutput)
     EXPECT_EQ(copy->output, CaptureVerb::Output::copy);
 }
 
-TEST(CaptureVerb, AllDefaultsToCopy)
+TEST(CaptureVerb, AllWithAnOutputRunsUnattended)
 {
     QString error;
-    const auto verb = CaptureVerb::parse({"all"}, &error);
+    const auto verb = CaptureVerb::parse({"all", "--copy"}, &error);
     ASSERT_TRUE(verb);
     EXPECT_TRUE(verb->allDisplays);
     EXPECT_FALSE(verb->rect);
+    EXPECT_FALSE(verb->interactive);
     EXPECT_EQ(verb->output, CaptureVerb::Output::copy);
+}
+
+TEST(CaptureVerb, WithoutRectOrOutputTheUserSelects)
+{
+    QString error;
+    const auto region = CaptureVerb::parse({"region"}, &error);
+    ASSERT_TRUE(region);
+    EXPECT_TRUE(region->interactive);
+    EXPECT_FALSE(region->allDisplays);
+    EXPECT_EQ(region->intent, CaptureIntent::image);
+
+    const auto all = CaptureVerb::parse({"all"}, &error);
+    ASSERT_TRUE(all);
+    EXPECT_TRUE(all->interactive);
+    EXPECT_TRUE(all->allDisplays);
+
+    const auto text = CaptureVerb::parse({"text"}, &error);
+    ASSERT_TRUE(text);
+    EXPECT_TRUE(text->interactive);
+    EXPECT_FALSE(text->allDisplays);
+    EXPECT_EQ(text->intent, CaptureIntent::text);
+
+    const auto scripted = CaptureVerb::parse({"region", "--rect", "30x20+5+6"}, &error);
+    ASSERT_TRUE(scripted);
+    EXPECT_FALSE(scripted->interactive);
 }
 
 TEST(CaptureVerb, NonsenseIsExplained)
@@ -46,4 +72,8 @@ TEST(CaptureVerb, NonsenseIsExplained)
     EXPECT_TRUE(error.contains("choose one of --copy and --save"));
     EXPECT_FALSE(CaptureVerb::parse({"all", "--rect", "1x1+0+0"}, &error));
     EXPECT_TRUE(error.contains("unknown option '--rect'"));
+    EXPECT_FALSE(CaptureVerb::parse({"region", "--save"}, &error));
+    EXPECT_TRUE(error.contains("--copy and --save need --rect"));
+    EXPECT_FALSE(CaptureVerb::parse({"text", "--copy"}, &error));
+    EXPECT_TRUE(error.contains("unknown option '--copy'"));
 }

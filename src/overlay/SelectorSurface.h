@@ -1,0 +1,43 @@
+#pragma once
+
+#include "annotation/Annotation.h"
+
+#include <QColor>
+#include <QList>
+#include <QPainterPath>
+#include <QPointF>
+#include <QRectF>
+#include <QString>
+
+#include <optional>
+
+// One display's part of the overlay as the selection canvas drives it. Every
+// call speaks global points (y up); a surface shows what falls on its display
+// and ignores the rest.
+class SelectorSurface
+{
+public:
+    virtual ~SelectorSurface() = default;
+
+    // The display's frame in global points.
+    virtual QRectF screenFrame() const = 0;
+
+    // The first drag: outline and dim hole only, no handles, hint kept.
+    virtual void renderLiveDrag(const QRectF &rect) = 0;
+    // The selection with its dim hole; `armed` shows the handles and drops the hint.
+    virtual void renderSelection(const QRectF &rect, bool armed) = 0;
+    // The size badge next to the selection's top right corner, kept within `screen`.
+    virtual void renderSizeReadout(const QString &text, const QRectF &rect, const QRectF &screen) = 0;
+    // The cursor rectangles changed; ask the canvas again.
+    virtual void invalidateCursors() = 0;
+
+    // What the annotation editor shows, passed on unchanged.
+    virtual void renderPreview(const std::optional<QPainterPath> &path, const QColor &stroke, qreal width,
+                               const QColor &fill) = 0;
+    virtual void renderMosaicPreview(const std::optional<QRectF> &frame, qreal block) = 0;
+    virtual void renderAnnotations(const QList<glimpso::Annotation> &annotations) = 0;
+    virtual void renderAnnotationSelection(const std::optional<QRectF> &rect) = 0;
+    virtual void renderPointHandles(const std::optional<QList<QPointF>> &points) = 0;
+    // The HUD text, placed within `screen` (the display nearest the pointer).
+    virtual void showHUD(const QString &text, const QRectF &screen) = 0;
+};
