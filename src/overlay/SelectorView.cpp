@@ -133,6 +133,7 @@ void SelectorView::showSelection(const QRectF &rect, bool armed)
         m_hintShown = false;
         damage += QRegion(hintRect().adjusted(-1, -1, 1, 1));
     }
+    m_lastDamage = damage;
     update(damage);
 }
 
@@ -153,7 +154,8 @@ void SelectorView::renderSizeReadout(const QString &text, const QRectF &rect, co
     const QSizeF textSize(metrics.horizontalAdvance(text), metrics.height());
     m_badgeText = text;
     m_badge = SelectionCanvas::sizeBadgeFrame(rect, textSize, screen);
-    update(QRegion(before) + QRegion(badgeDamage()));
+    m_lastDamage = QRegion(before) + QRegion(badgeDamage());
+    update(m_lastDamage);
 }
 
 void SelectorView::invalidateCursors()

@@ -52,6 +52,8 @@ public:
     bool hintShown() const { return m_hintShown; }
     QString badgeText() const { return m_badgeText; }
     std::optional<QRectF> badgeFrame() const { return m_badge; }
+    // The area the last change asked to repaint, in window coordinates.
+    QRegion lastDamage() const { return m_lastDamage; }
 
     // Global points to this window's pixels-independent coordinates and back.
     QPointF toLocal(QPointF global) const;
@@ -98,6 +100,7 @@ private:
     QString m_badgeText;
     std::optional<QRectF> m_badge;
 
+    QRegion m_lastDamage;
     bool m_painted = false;
     bool m_reportedFirstPaint = false;
     std::function<void()> m_onFirstPaint;

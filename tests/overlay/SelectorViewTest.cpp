@@ -1,0 +1,133 @@
+#include "overlay/SelectorView.h"
+
+#include "overlay/SelectionCanvas.h"
+
+#include <gtest/gtest.h>
+
+#include <QPixmap>
+
+namespace {
+
+// A 200×100 display: left half red, right half blue, one green pixel.
+ScreenSnapshot redBlue()
+{
+    QImage image(200, 100, QImage::Format_RGB32);
+    image.fill(QColor(200, 30, 40));
+    for (int y = 0; y < 100; ++y)
+        for (int x = 100; x < 200; ++x)
+            image.setPixel(x, y, qRgb(10, 120, 250));
+    image.setPixel(42, 17, qRgb(0, 255, 0));
+    return {1, image, QRectF(0, 0, 200, 100), 1.0};
+}
+
+struct ViewHarness {
+    explicit ViewHarness(ScreenSnapshot snapshot = redBlue())
+        : canvas({snapshot}, CaptureIntent::image, EditMode::onScreen, [this](const RegionResult &r) { results << r; }),
+          view(&canvas, snapshot, DesktopSpace(snapshot.frame.toRect()), snapshot.frame.toRect(),
+               OverlayLook::make("#000000", 0.5, "#EBEBEB", CaptureIntent::image))
+    {
+        canvas.addSurface(&view);
+    }
+    QImage picture() { return view.grab().toImage().convertToFormat(QImage::Format_RGB32); }
+
+    QList<RegionResult> results;
+    SelectionCanvas canvas;
+    SelectorView view;
+};
+
+int channelDistance(QRgb a, QRgb b)
+{
+    return std::max({std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)), std::abs(qBlue(a) - qBlue(b))});
+}
+
+QRgb halfDimmed(QRgb c) { return qRgb(qRed(c) / 2, qGreen(c) / 2, qBlue(c) / 2); }
+
+} // namespace
+
+TEST(SelectorView, GlobalPointsMapToTheWindowWithYDown)
+{
+    ViewHarness h;
+    // The display's top left is the global point (0, 100).
+    EXPECT_EQ(h.view.toLocal(QPointF(0, 100)), QPointF(0, 0));
+    EXPECT_EQ(h.view.toLocal(QPointF(42, 83)), QPointF(42, 17));
+    EXPECT_EQ(h.view.toGlobal(QPointF(42, 17)), QPointF(42, 83));
+}
+
+TEST(SelectorView, BeforeADragTheWholeFrozenScreenIsDimmed)
+{
+    ViewHarness h;
+    const QImage shot = h.picture();
+    EXPECT_LE(channelDistance(shot.pixel(10, 90), halfDimmed(qRgb(200, 30, 40))), 1);
+    EXPECT_LE(channelDistance(shot.pixel(150, 90), halfDimmed(qRgb(10, 120, 250))), 1);
+    EXPECT_TRUE(h.view.hintShown());
+}
+
+TEST(SelectorView, TheSelectionShowsTheFrozenScreenPixelForPixel)
+{
+    ViewHarness h;
+    // Local (30..80, 10..40) is global (30..80, 60..90).
+    h.canvas.mouseDown({30, 90});
+    h.canvas.mouseDragged({80, 60}, Qt::NoModifier);
+    h.canvas.mouseUp({80, 60});
+    ASSERT_TRUE(h.canvas.isArmed());
+    const QImage shot = h.picture();
+    const ScreenSnapshot snapshot = redBlue();
+    // Inside the hole, away from the outline: exactly the snapshot.
+    EXPECT_EQ(shot.pixel(42, 17), snapshot.image.pixel(42, 17));
+    EXPECT_EQ(shot.pixel(60, 30), snapshot.image.pixel(60, 30));
+    // Outside: dimmed.
+    EXPECT_LE(channelDistance(shot.pixel(10, 90), halfDimmed(qRgb(200, 30, 40))), 1);
+    EXPECT_LE(channelDistance(shot.pixel(150, 60), halfDimmed(qRgb(10, 120, 250))), 1);
+}
+
+TEST(SelectorView, TheHintStaysDuringTheFirstDragAndGoesOnceArmed)
+{
+    ViewHarness h;
+    h.canvas.mouseDown({30, 90});
+    h.canvas.mouseDragged({80, 60}, Qt::NoModifier);
+    EXPECT_TRUE(h.view.hintShown());
+    EXPECT_FALSE(h.view.handlesShown());
+    h.canvas.mouseUp({80, 60});
+    EXPECT_FALSE(h.view.hintShown());
+    EXPECT_TRUE(h.view.handlesShown());
+}
+
+TEST(SelectorView, TheHandlesAreDrawnInTheAccentColour)
+{
+    ViewHarness h;
+    h.canvas.mouseDown({30, 90});
+    h.canvas.mouseUp({80, 60});
+    ASSERT_TRUE(h.canvas.isArmed());
+    const QImage shot = h.picture();
+    // The centre of the bottom right handle, at local (80, 40).
+    EXPECT_LE(channelDistance(shot.pixel(80, 40), qRgb(0xeb, 0xeb, 0xeb)), 2);
+}
+
+TEST(SelectorView, TheBadgeShowsThePixelSize)
+{
+    ViewHarness h;
+    h.canvas.mouseDown({30, 90});
+    h.canvas.mouseDragged({80, 60}, Qt::NoModifier);
+    EXPECT_EQ(h.view.badgeText(), QStringLiteral("50 × 30"));
+    ASSERT_TRUE(h.view.badgeFrame());
+    // Its top level with the selection's top.
+    EXPECT_EQ(h.view.badgeFrame()->bottom(), 90);
+}
+
+TEST(SelectorView, ADragRepaintsOnlyAroundTheChangedEdges)
+{
+    QImage big(3840, 2160, QImage::Format_RGB32);
+    big.fill(Qt::darkCyan);
+    ViewHarness h({1, big, QRectF(0, 0, 3840, 2160), 1.0});
+    h.canvas.mouseDown({100, 2000});
+    h.canvas.mouseDragged({2000, 500}, Qt::NoModifier);
+    h.canvas.mouseDragged({2010, 490}, Qt::NoModifier);
+    h.view.renderLiveDrag(*h.canvas.liveRect());
+    const QRegion damage = h.view.lastDamage();
+    qint64 area = 0;
+    for (const QRect &rect : damage)
+        area += qint64(rect.width()) * rect.height();
+    // The selection spans 1910×1510 points; what changed is a band along two edges.
+    EXPECT_GT(area, 0);
+    EXPECT_LT(area, qint64(3840) * 2160 / 20);
+}
