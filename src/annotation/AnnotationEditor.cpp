@@ -238,7 +238,7 @@ bool AnnotationEditor::pressWithMoveTool(QPointF p)
     if (const Annotation *annotation = selected(); annotation && !annotation->pointHandles()) {
         const QRectF bounds = annotation->boundingRect();
         for (Handle handle : allHandles) {
-            if (Handles::box(handle, bounds, boxHandleSide).contains(p)) {
+            if (hitBox(handle, bounds, boxHandleSide).contains(p)) {
                 m_activeAnnotationHandle = handle;
                 m_annotationResizeStartBounds = bounds;
                 m_annotationResizeStartMouse = p;
@@ -852,7 +852,7 @@ QList<CursorRect> AnnotationEditor::cursorRects() const
         } else {
             const QRectF bounds = annotation->boundingRect();
             for (Handle handle : allHandles)
-                rects.append({Handles::box(handle, bounds, boxHandleSide), Handles::cursor(handle)});
+                rects.append({hitBox(handle, bounds, boxHandleSide), cursor(handle)});
         }
     }
     return rects;

@@ -109,8 +109,8 @@ public:
     // Hover cursors in priority order (later wins).
     QList<CursorRect> cursorRects() const;
 
-    QList<Annotation> annotations() const { return m_history.annotations; }
-    QList<Annotation> redoStack() const { return m_history.redoStack; }
+    const QList<Annotation> &annotations() const { return m_history.annotations; }
+    const QList<Annotation> &redoStack() const { return m_history.redoStack; }
     // The list relative to `rect`, y down from its top edge, in points: what
     // the flattener takes.
     QList<Annotation> annotationsInImageSpace(const QRectF &rect) const;

@@ -69,7 +69,7 @@ bool isMeaningful(const Annotation &annotation)
 
 QRectF resizedBounds(Handle handle, const QRectF &start, QPointF travel)
 {
-    const RectEdges edges = Handles::movedEdges(handle, start, travel);
+    const Edges edges = dragEdges(handle, start, travel.x(), travel.y());
     return {edges.minX, edges.minY, std::max(std::abs(edges.maxX - edges.minX), minimumResizedSide),
             std::max(std::abs(edges.maxY - edges.minY), minimumResizedSide)};
 }

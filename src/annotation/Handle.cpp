@@ -1,25 +1,32 @@
 #include "annotation/Handle.h"
 
-namespace glimpso::Handles {
+namespace glimpso {
+
+Edges Edges::of(const QRectF &rect)
+{
+    const QRectF r = rect.normalized();
+    return {r.left(), r.right(), r.top(), r.bottom()};
+}
 
 QPointF anchor(Handle handle, const QRectF &rect)
 {
-    const double minX = rect.left(), maxX = rect.right(), midX = rect.center().x();
-    const double minY = rect.top(), maxY = rect.bottom(), midY = rect.center().y();
+    const Edges e = Edges::of(rect);
+    const qreal midX = (e.minX + e.maxX) / 2;
+    const qreal midY = (e.minY + e.maxY) / 2;
     switch (handle) {
-    case Handle::topLeft: return {minX, maxY};
-    case Handle::top: return {midX, maxY};
-    case Handle::topRight: return {maxX, maxY};
-    case Handle::right: return {maxX, midY};
-    case Handle::bottomRight: return {maxX, minY};
-    case Handle::bottom: return {midX, minY};
-    case Handle::bottomLeft: return {minX, minY};
-    case Handle::left: return {minX, midY};
+    case Handle::topLeft: return {e.minX, e.maxY};
+    case Handle::top: return {midX, e.maxY};
+    case Handle::topRight: return {e.maxX, e.maxY};
+    case Handle::right: return {e.maxX, midY};
+    case Handle::bottomRight: return {e.maxX, e.minY};
+    case Handle::bottom: return {midX, e.minY};
+    case Handle::bottomLeft: return {e.minX, e.minY};
+    case Handle::left: return {e.minX, midY};
     }
-    return rect.center();
+    return {};
 }
 
-QRectF box(Handle handle, const QRectF &rect, double side)
+QRectF hitBox(Handle handle, const QRectF &rect, qreal side)
 {
     const QPointF centre = anchor(handle, rect);
     return {centre.x() - side / 2, centre.y() - side / 2, side, side};
@@ -40,22 +47,20 @@ Qt::CursorShape cursor(Handle handle)
     return Qt::ArrowCursor;
 }
 
-RectEdges movedEdges(Handle handle, const QRectF &start, QPointF travel)
+Edges dragEdges(Handle handle, const QRectF &start, qreal dx, qreal dy)
 {
-    RectEdges edges{start.left(), start.right(), start.top(), start.bottom()};
-    const bool movesMinX = handle == Handle::topLeft || handle == Handle::left || handle == Handle::bottomLeft;
-    const bool movesMaxX = handle == Handle::topRight || handle == Handle::right || handle == Handle::bottomRight;
-    const bool movesMinY = handle == Handle::bottomLeft || handle == Handle::bottom || handle == Handle::bottomRight;
-    const bool movesMaxY = handle == Handle::topLeft || handle == Handle::top || handle == Handle::topRight;
-    if (movesMinX)
-        edges.minX += travel.x();
-    if (movesMaxX)
-        edges.maxX += travel.x();
-    if (movesMinY)
-        edges.minY += travel.y();
-    if (movesMaxY)
-        edges.maxY += travel.y();
-    return edges;
+    Edges e = Edges::of(start);
+    switch (handle) {
+    case Handle::topLeft: e.minX += dx; e.maxY += dy; break;
+    case Handle::top: e.maxY += dy; break;
+    case Handle::topRight: e.maxX += dx; e.maxY += dy; break;
+    case Handle::right: e.maxX += dx; break;
+    case Handle::bottomRight: e.maxX += dx; e.minY += dy; break;
+    case Handle::bottom: e.minY += dy; break;
+    case Handle::bottomLeft: e.minX += dx; e.minY += dy; break;
+    case Handle::left: e.minX += dx; break;
+    }
+    return e;
 }
 
-} // namespace glimpso::Handles
+} // namespace glimpso

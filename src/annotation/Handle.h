@@ -8,47 +8,36 @@
 
 namespace glimpso {
 
-// The eight grips on a rectangle, in the fixed order of every scan over them
-// (raw values 0 to 7). Rectangles here are in the y-up desktop space: "top"
-// is the larger y, the rectangle's maxY (QRectF::bottom()).
-enum class Handle {
-    topLeft,
-    top,
-    topRight,
-    right,
-    bottomRight,
-    bottom,
-    bottomLeft,
-    left,
-};
+// The eight grips of a rectangle, in the fixed order of every scan over them
+// (the stored raw value is the position in this list). Rectangles here are in
+// y-up points: a QRectF's top() is the smallest y, so the visual top edge is
+// bottom().
+enum class Handle { topLeft, top, topRight, right, bottomRight, bottom, bottomLeft, left };
 
 inline constexpr std::array<Handle, 8> allHandles{
     Handle::topLeft,     Handle::top,    Handle::topRight,   Handle::right,
     Handle::bottomRight, Handle::bottom, Handle::bottomLeft, Handle::left,
 };
 
-// The four edges of a rectangle by name, so that a handle drag can move them
-// past each other before anyone decides how to turn them back into a rectangle.
-struct RectEdges {
-    double minX = 0;
-    double maxX = 0;
-    double minY = 0;
-    double maxY = 0;
+// The four edges of a rectangle in y-up terms; may describe a rectangle of
+// negative width or height while a drag crosses the opposite edge.
+struct Edges {
+    qreal minX = 0;
+    qreal maxX = 0;
+    qreal minY = 0;
+    qreal maxY = 0;
+
+    static Edges of(const QRectF &rect);
 };
 
-namespace Handles {
-
-// Where the handle sits on `rect`: topLeft is (minX, maxY), top (midX, maxY), ...
+// Where the handle sits on `rect`.
 QPointF anchor(Handle handle, const QRectF &rect);
-// A square of `side` centred on the anchor: the handle's hit box.
-QRectF box(Handle handle, const QRectF &rect, double side);
+// The square of side `side` centred on the anchor.
+QRectF hitBox(Handle handle, const QRectF &rect, qreal side);
 // The resize cursor shown over the handle.
 Qt::CursorShape cursor(Handle handle);
-// The edges of `start` after the handle travelled by `travel`: minX moves for
-// the left-hand handles, maxX for the right-hand ones, minY for the bottom
-// ones and maxY for the top ones. Edges may cross; callers decide what that means.
-RectEdges movedEdges(Handle handle, const QRectF &start, QPointF travel);
-
-} // namespace Handles
+// The edges after dragging `handle` of `start` by (dx, dy): each edge the
+// handle touches moves with the pointer, the others stay.
+Edges dragEdges(Handle handle, const QRectF &start, qreal dx, qreal dy);
 
 } // namespace glimpso
