@@ -3,8 +3,6 @@
 #include "annotation/DrawingRules.h"
 #include "annotation/EditorKeys.h"
 #include "annotation/StrokeGeometry.h"
-#include "annotation/TextEntryField.h"
-#include "annotation/TextEntryHost.h"
 #include "annotation/TextLook.h"
 #include "settings/AppSettings.h"
 
@@ -21,7 +19,6 @@ constexpr double boxHandleSide = 16;
 constexpr double pointHandleCursorSide = 20;
 constexpr double moveCursorMargin = 6;
 constexpr double highlightWidth = 18;
-constexpr double textFieldMinimumWidth = 40;
 
 // Ranges of what the wheel sizes.
 constexpr int bubbleRadiusMin = 8, bubbleRadiusMax = 40;
@@ -713,75 +710,23 @@ void AnnotationEditor::beginTextEdit(QPointF p)
 {
     if (!m_surface)
         return;
-    const std::optional<TextHost> host = m_surface->textHost(p);
-    if (!host || !host->host || !host->toLocal)
-        return;
-    // The text's box is centred on the click vertically and starts at it.
-    const double lineHeight = TextLook::boxSize(QStringLiteral("Ag"), m_textOptions).height();
-    m_textOrigin = QPointF(p.x(), p.y() + lineHeight / 2);
-    m_textToLocal = host->toLocal;
-    m_textHost = host->host;
-    m_textFieldWidth = textFieldMinimumWidth;
-    m_textField = m_textHost->openField(m_textToLocal(textFieldFrame(m_textFieldWidth)));
-    if (!m_textField) {
-        m_textOrigin.reset();
-        m_textToLocal = {};
-        m_textHost = nullptr;
-        return;
-    }
-    styleTextField();
-}
-
-QRectF AnnotationEditor::textFieldFrame(double width) const
-{
-    // The field's own 2-point margin is taken out, so the letters stand where
-    // the committed text will draw them.
-    const QPointF inset = TextLook::insets(m_textOptions);
-    const double h = std::ceil(TextLook::measure(QStringLiteral("Ag"), TextLook::font(m_textOptions)).height());
-    const QPointF origin = m_textOrigin.value_or(QPointF());
-    return {origin.x() + inset.x() - 2, origin.y() - inset.y() - h, width, h};
-}
-
-void AnnotationEditor::placeTextField()
-{
-    if (m_textField && m_textToLocal)
-        m_textField->setFrame(m_textToLocal(textFieldFrame(m_textFieldWidth)));
+    if (const std::optional<TextHost> host = m_surface->textHost(p); host && m_text.open(*host, p, m_textOptions))
+        styleTextField();
 }
 
 void AnnotationEditor::styleTextField()
 {
-    if (!m_textField)
-        return;
-    m_textField->setLook(m_textOptions, m_currentColor);
-    placeTextField();
-    resizeTextFieldToFit();
-}
-
-void AnnotationEditor::resizeTextFieldToFit()
-{
-    if (!m_textField || !m_textOrigin)
-        return;
-    const double textWidth = TextLook::measure(m_textField->text(), TextLook::font(m_textOptions)).width();
-    // No wrapping: a long text stops growing at the canvas edge and scrolls.
-    const double room = std::max(m_canvas.right() - m_textOrigin->x() - 4, textFieldMinimumWidth);
-    const double width = std::min(std::max(textWidth + 8, textFieldMinimumWidth), room);
-    if (std::abs(width - m_textFieldWidth) > 0.5) {
-        m_textFieldWidth = width;
-        placeTextField();
-    }
+    m_text.style(m_textOptions, m_currentColor, m_canvas);
 }
 
 void AnnotationEditor::textFieldChanged()
 {
-    resizeTextFieldToFit();
+    m_text.fit(m_textOptions, m_canvas);
 }
 
 void AnnotationEditor::moveTextBy(QPointF travel)
 {
-    if (!m_textField || !m_textOrigin)
-        return;
-    *m_textOrigin += travel;
-    placeTextField();
+    m_text.moveBy(travel, m_textOptions);
 }
 
 void AnnotationEditor::beginTextResize()
@@ -791,22 +736,21 @@ void AnnotationEditor::beginTextResize()
 
 void AnnotationEditor::resizeTextBy(QSizeF travel)
 {
-    if (!m_textField)
+    if (!m_text.isOpen())
         return;
-    const int size = int(std::lround(
-        std::clamp(m_textResizeStart + (travel.width() + travel.height()) / 3, double(textSizeMin), double(textSizeMax))));
     TextOptions options = m_textOptions;
-    options.size = size;
+    options.size = std::clamp(m_textResizeStart + (travel.width() + travel.height()) / 3, double(textSizeMin),
+                              double(textSizeMax));
     applyTextOptions(options);
-    showHUD(hudText("Text", size));
+    showHUD(hudText("Text", int(std::lround(options.size))));
 }
 
 void AnnotationEditor::commitPendingText()
 {
-    if (!m_textField)
+    if (!m_text.isOpen())
         return;
-    const QString string = m_textField->text();
-    const QPointF origin = m_textOrigin.value_or(QPointF());
+    const QString string = m_text.text();
+    const QPointF origin = m_text.origin();
     endTextEdit();
     if (string.isEmpty())
         return;
@@ -816,12 +760,7 @@ void AnnotationEditor::commitPendingText()
 
 void AnnotationEditor::endTextEdit()
 {
-    if (m_textField && m_textHost)
-        m_textHost->closeField(m_textField);
-    m_textField = nullptr;
-    m_textHost = nullptr;
-    m_textOrigin.reset();
-    m_textToLocal = {};
+    m_text.close();
 }
 
 // ---- what the host asks ----

@@ -9,6 +9,7 @@
 #include "annotation/Handle.h"
 #include "annotation/ScrollInput.h"
 #include "annotation/ScrollSteps.h"
+#include "annotation/TextEntry.h"
 #include "annotation/TextHost.h"
 #include "annotation/TextOptions.h"
 #include "annotation/Tool.h"
@@ -27,9 +28,6 @@
 class AppSettings;
 
 namespace glimpso {
-
-class TextEntryField;
-class TextEntryHost;
 
 // The drawing state machine behind both editing places: the frozen screen of
 // a capture and the editor window. It knows nothing of windows: its host hands
@@ -88,7 +86,7 @@ public:
 
     // Text entry. The field opens on a press with the text tool and becomes a
     // text mark on commit (any other press, a tool change, an output, Return).
-    bool hasTextField() const { return m_textField != nullptr; }
+    bool hasTextField() const { return m_text.isOpen(); }
     // Closes the field and drops what was typed (Escape).
     void endTextEdit();
     void commitPendingText();
@@ -156,10 +154,7 @@ private:
     void runShortcut(EditorShortcut shortcut);
 
     void beginTextEdit(QPointF p);
-    QRectF textFieldFrame(double width) const;
-    void placeTextField();
     void styleTextField();
-    void resizeTextFieldToFit();
 
     void renderPreview();
     void renderAnnotations();
@@ -203,12 +198,7 @@ private:
     int m_sequenceCounter = 1;
     double m_sequenceRadius = 14;
 
-    // The open text field.
-    TextEntryField *m_textField = nullptr;
-    TextEntryHost *m_textHost = nullptr;
-    RectMap m_textToLocal;
-    std::optional<QPointF> m_textOrigin;
-    double m_textFieldWidth = 0;
+    TextEntry m_text;
     double m_textResizeStart = 20;
 
     QPointF m_lastMouseLocation;
