@@ -9,13 +9,15 @@
 
 namespace glimpso {
 
-// What the editor tells the toolbar to reflect.
-class AnnotationToolbar
-{
+// What a toolbar shows of the editor's state; the editor calls it when that
+// state changes from elsewhere (a key, a scroll, a selection).
+class AnnotationToolbar {
 public:
     virtual ~AnnotationToolbar() = default;
+
     virtual void setSelectedTool(Tool tool) = 0;
-    virtual void setSelectedColor(const QColor &colour) = 0;
+    virtual void setSelectedColor(const QColor &color) = 0;
+    // The text size and style control with these options; absent hides it.
     virtual void showTextOptions(const std::optional<TextOptions> &options) = 0;
 };
 

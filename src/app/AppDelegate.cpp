@@ -128,9 +128,7 @@ void AppDelegate::buildCaptureCoordinator()
                                 std::function<void(const RegionResult &)> completion) {
         RegionSelector::Options options;
         options.intent = intent;
-        options.editMode = m_settings.editMode.value();
-        options.look = OverlayLook::from(m_settings, intent);
-        return std::make_shared<RegionSelector>(snapshots, std::move(options), std::move(completion));
+        return std::make_shared<RegionSelector>(snapshots, m_settings, std::move(options), std::move(completion));
     };
     m_coordinator = std::make_unique<CaptureCoordinator>(std::move(parts));
 }

@@ -20,9 +20,12 @@ QString describe(const QRect &rect)
 
 } // namespace
 
-RegionSelector::RegionSelector(QList<ScreenSnapshot> snapshots, Options options,
+RegionSelector::RegionSelector(QList<ScreenSnapshot> snapshots, AppSettings &settings, Options options,
                                std::function<void(const RegionResult &)> completion)
-    : m_snapshots(std::move(snapshots)), m_options(std::move(options)), m_completion(std::move(completion))
+    : m_snapshots(std::move(snapshots)),
+      m_settings(settings),
+      m_options(std::move(options)),
+      m_completion(std::move(completion))
 {
 }
 
@@ -48,19 +51,20 @@ void RegionSelector::present()
 {
     m_sincePresent.start();
     QPointer<RegionSelector> self(this);
-    m_canvas = std::make_unique<SelectionCanvas>(m_snapshots, m_options.intent, m_options.editMode,
+    m_canvas = std::make_unique<SelectionCanvas>(m_snapshots, m_options.intent, m_settings,
                                                  [self](const RegionResult &result) {
                                                      if (self)
                                                          self->finish(result);
                                                  });
     m_canvas->setToolbarFactory(m_options.makeToolbar);
 
+    const OverlayLook look = OverlayLook::from(m_settings, m_options.intent);
     const QScreen *primary = QGuiApplication::primaryScreen();
     const DesktopSpace space(primary ? primary->geometry() : QRect());
     for (const ScreenSnapshot &snapshot : std::as_const(m_snapshots)) {
         const QScreen *screen = screenFor(snapshot);
         const QRect geometry = screen ? screen->geometry() : space.toQt(snapshot.frame).toAlignedRect();
-        auto view = std::make_unique<SelectorView>(m_canvas.get(), snapshot, space, geometry, m_options.look);
+        auto view = std::make_unique<SelectorView>(m_canvas.get(), snapshot, space, geometry, look);
         view->setOnFirstPaint([this] { viewPainted(); });
         m_canvas->addSurface(view.get());
         view->show();

@@ -4,7 +4,6 @@
 #include "appbase/CaptureIntent.h"
 #include "overlay/OverlayLook.h"
 #include "overlay/SelectionCanvas.h"
-#include "settings/SettingsEnums.h"
 
 #include <QElapsedTimer>
 #include <QMetaObject>
@@ -15,6 +14,7 @@
 #include <memory>
 #include <vector>
 
+class AppSettings;
 class QScreen;
 class SelectorView;
 
@@ -28,12 +28,10 @@ class RegionSelector : public QObject, public RegionSelecting
 public:
     struct Options {
         CaptureIntent intent = CaptureIntent::image;
-        EditMode editMode = EditMode::onScreen;
-        OverlayLook look;
         SelectionCanvas::ToolbarFactory makeToolbar;
     };
 
-    RegionSelector(QList<ScreenSnapshot> snapshots, Options options,
+    RegionSelector(QList<ScreenSnapshot> snapshots, AppSettings &settings, Options options,
                    std::function<void(const RegionResult &)> completion);
     ~RegionSelector() override;
 
@@ -56,6 +54,7 @@ private:
     void viewPainted();
 
     QList<ScreenSnapshot> m_snapshots;
+    AppSettings &m_settings;
     Options m_options;
     std::function<void(const RegionResult &)> m_completion;
     std::unique_ptr<SelectionCanvas> m_canvas;

@@ -2,6 +2,7 @@
 
 #include "acquire/RegionCompositor.h"
 #include "overlay/SelectorSurface.h"
+#include "settings/AppSettings.h"
 
 #include <QLoggingCategory>
 #include <QPointer>
@@ -43,14 +44,14 @@ bool holds(const QRectF &frame, QPointF p)
 
 } // namespace
 
-SelectionCanvas::SelectionCanvas(QList<ScreenSnapshot> snapshots, CaptureIntent intent, EditMode editMode,
+SelectionCanvas::SelectionCanvas(QList<ScreenSnapshot> snapshots, CaptureIntent intent, AppSettings &settings,
                                  std::function<void(const RegionResult &)> onResult, QObject *parent)
     : QObject(parent),
       m_snapshots(std::move(snapshots)),
       m_intent(intent),
-      m_editMode(editMode),
+      m_settings(settings),
       m_onResult(std::move(onResult)),
-      m_editor(std::make_unique<glimpso::AnnotationEditor>())
+      m_editor(std::make_unique<glimpso::AnnotationEditor>(settings))
 {
     for (const ScreenSnapshot &snapshot : std::as_const(m_snapshots))
         m_bounds = m_bounds.isNull() ? snapshot.frame : m_bounds.united(snapshot.frame);
@@ -155,7 +156,7 @@ void SelectionCanvas::mouseUp(QPointF point)
         emitResult(RegionResult::cancelled());
         return;
     }
-    if (m_intent == CaptureIntent::text || m_editMode == EditMode::afterCapture) {
+    if (m_intent == CaptureIntent::text || m_settings.editMode.value() == EditMode::afterCapture) {
         emitResult(RegionResult::area(rect, m_snapshots));
         return;
     }
@@ -445,4 +446,9 @@ void SelectionCanvas::invalidateCursors()
 {
     for (SelectorSurface *surface : std::as_const(m_surfaces))
         surface->invalidateCursors();
+}
+
+std::optional<glimpso::TextHost> SelectionCanvas::textHost(QPointF)
+{
+    return std::nullopt;
 }

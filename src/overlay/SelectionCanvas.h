@@ -5,9 +5,9 @@
 #include "annotation/AnnotationEditor.h"
 #include "annotation/AnnotationSurface.h"
 #include "annotation/Handle.h"
+#include "annotation/TextHost.h"
 #include "appbase/CaptureIntent.h"
 #include "overlay/CanvasToolbar.h"
-#include "settings/SettingsEnums.h"
 
 #include <QList>
 #include <QObject>
@@ -19,6 +19,7 @@
 #include <memory>
 #include <optional>
 
+class AppSettings;
 class SelectorSurface;
 
 // The one selection of an on-screen capture, spanning every display. The
@@ -41,7 +42,7 @@ public:
     using ToolbarFactory =
         std::function<std::unique_ptr<CanvasToolbar>(std::function<void(const EditorAction &)> handler)>;
 
-    SelectionCanvas(QList<ScreenSnapshot> snapshots, CaptureIntent intent, EditMode editMode,
+    SelectionCanvas(QList<ScreenSnapshot> snapshots, CaptureIntent intent, AppSettings &settings,
                     std::function<void(const RegionResult &)> onResult, QObject *parent = nullptr);
     ~SelectionCanvas() override;
 
@@ -105,6 +106,8 @@ public:
     void renderPointHandles(const std::optional<QList<QPointF>> &points) override;
     void showHUD(const QString &text, QPointF near) override;
     void invalidateCursors() override;
+    // The display under the point hosts the text box; none until the views can hold one.
+    std::optional<glimpso::TextHost> textHost(QPointF near) override;
 
 private:
     void renderLiveDrag(const QRectF &rect);
@@ -120,7 +123,7 @@ private:
     QList<ScreenSnapshot> m_snapshots;
     QRectF m_bounds;
     CaptureIntent m_intent;
-    EditMode m_editMode;
+    AppSettings &m_settings;
     std::function<void(const RegionResult &)> m_onResult;
     QList<SelectorSurface *> m_surfaces;
     std::unique_ptr<glimpso::AnnotationEditor> m_editor;

@@ -346,10 +346,9 @@ void SelectorView::keyReleaseEvent(QKeyEvent *event)
 
 void SelectorView::wheelEvent(QWheelEvent *event)
 {
-    // Y up: a wheel turned away from the user scrolls up, as in global points.
-    const bool precise = !event->pixelDelta().isNull();
-    const QPointF delta = precise ? QPointF(event->pixelDelta()) : QPointF(event->angleDelta()) / 120.0;
-    if (m_canvas && m_canvas->scrollWheel(glimpso::ScrollInput{delta, precise}))
+    const glimpso::ScrollInput input =
+        glimpso::ScrollInput::fromWheel(event->angleDelta(), event->pixelDelta(), event->phase());
+    if (m_canvas && m_canvas->scrollWheel(input))
         return;
     QWidget::wheelEvent(event);
 }

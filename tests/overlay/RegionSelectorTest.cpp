@@ -3,6 +3,8 @@
 #include "acquire/DesktopSpace.h"
 #include "appbase/InProcessNotices.h"
 #include "overlay/SelectorView.h"
+#include "SettingsFakes.h"
+#include "settings/AppSettings.h"
 
 #include <gtest/gtest.h>
 
@@ -26,12 +28,15 @@ ScreenSnapshot offscreenDisplay()
 
 struct SelectorHarness {
     SelectorHarness()
-        : selector({offscreenDisplay()}, RegionSelector::Options{CaptureIntent::image, EditMode::onScreen,
-                                                                 OverlayLook::make("#000000", 0.4, "#EBEBEB", CaptureIntent::image), {}},
+        : settings(storage, login),
+          selector({offscreenDisplay()}, settings, RegionSelector::Options{CaptureIntent::image, {}},
                    [this](const RegionResult &result) { results << result; })
     {
     }
     QList<RegionResult> results;
+    MemorySettingsStorage storage;
+    InertLoginItem login;
+    AppSettings settings;
     RegionSelector selector;
 };
 

@@ -1,6 +1,8 @@
 #include "overlay/SelectionCanvas.h"
 
 #include "FakeSurface.h"
+#include "SettingsFakes.h"
+#include "settings/AppSettings.h"
 
 #include <gtest/gtest.h>
 
@@ -26,8 +28,10 @@ const QRectF rightFrame(400, 0, 300, 200);
 struct Harness {
     explicit Harness(CaptureIntent intent = CaptureIntent::image, EditMode mode = EditMode::onScreen,
                      QList<ScreenSnapshot> snapshots = {display(1, leftFrame, 1), display(2, rightFrame, 2)})
-        : canvas(std::move(snapshots), intent, mode, [this](const RegionResult &result) { results << result; })
+        : settings(storage, login),
+          canvas(std::move(snapshots), intent, settings, [this](const RegionResult &result) { results << result; })
     {
+        settings.editMode.set(mode);
         for (const ScreenSnapshot &snapshot : canvas.snapshots())
             surfaces << new FakeSurface(snapshot.frame);
         for (FakeSurface *surface : std::as_const(surfaces))
@@ -52,6 +56,9 @@ struct Harness {
     void arm(const QRectF &rect) { drag(rect.topLeft(), rect.bottomRight()); }
 
     qreal toolbarWidth = 500;
+    MemorySettingsStorage storage;
+    InertLoginItem login;
+    AppSettings settings;
     SelectionCanvas canvas;
     QList<FakeSurface *> surfaces;
     QList<RegionResult> results;

@@ -1,6 +1,8 @@
 #include "overlay/SelectorView.h"
 
 #include "overlay/SelectionCanvas.h"
+#include "SettingsFakes.h"
+#include "settings/AppSettings.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +24,8 @@ ScreenSnapshot redBlue()
 
 struct ViewHarness {
     explicit ViewHarness(ScreenSnapshot snapshot = redBlue())
-        : canvas({snapshot}, CaptureIntent::image, EditMode::onScreen, [this](const RegionResult &r) { results << r; }),
+        : settings(storage, login),
+          canvas({snapshot}, CaptureIntent::image, settings, [this](const RegionResult &r) { results << r; }),
           view(&canvas, snapshot, DesktopSpace(snapshot.frame.toRect()), snapshot.frame.toRect(),
                OverlayLook::make("#000000", 0.5, "#EBEBEB", CaptureIntent::image))
     {
@@ -31,6 +34,9 @@ struct ViewHarness {
     QImage picture() { return view.grab().toImage().convertToFormat(QImage::Format_RGB32); }
 
     QList<RegionResult> results;
+    MemorySettingsStorage storage;
+    InertLoginItem login;
+    AppSettings settings;
     SelectionCanvas canvas;
     SelectorView view;
 };
