@@ -34,6 +34,7 @@ e2e_log() { printf '[e2e %s] %s\n' "$(date +%T)" "$*" >&2; }
 
 e2e_dump_logs() {
   local f
+  [ -n "${E2E_WITNESS_FILE:-}" ] && printf -- '----- the key witness received -----\n%s\n' "$(cat -A "$E2E_WITNESS_FILE")" >&2
   for f in "$E2E_DIR"/*.log; do
     [ -s "$f" ] || continue
     printf -- '----- %s -----\n' "$(basename "$f")" >&2
@@ -233,6 +234,7 @@ clipboard() { xclip -o -selection clipboard -t "${1:-UTF8_STRING}"; }
 # A later plain key that arrives proves the earlier presses had their turn.
 start_key_witness() {
   local file=$1
+  E2E_WITNESS_FILE=$file
   : >"$file"
   xterm -title glimpso-key-witness -geometry 60x10+40+40 \
     -e bash -c "stty raw -echo; exec cat -v >'$file'" >>"$E2E_DIR/xterm.log" 2>&1 &
