@@ -1,11 +1,13 @@
 #!/usr/bin/python3
 """Another X client that holds one key combination, as a desktop's own
 shortcut daemon would: grabs it on the root window, prints "holding" once the
-server has accepted, and prints "pressed" for each press it receives.
+server has accepted, and prints "pressed SECONDS" (the time of day it read the
+press, for the hotkey benchmark) for each press it receives.
 
     hold-key.py KEYSYM MODIFIER...      e.g.  hold-key.py 2 ctrl shift
 """
 import sys
+import time
 
 from Xlib import X, XK, display, error
 
@@ -31,7 +33,7 @@ def main():
     while True:
         event = d.next_event()
         if event.type == X.KeyPress:
-            print("pressed", flush=True)
+            print("pressed %.6f" % time.time(), flush=True)
 
 
 if __name__ == "__main__":
