@@ -2,7 +2,6 @@
 
 #include <QLoggingCategory>
 #include <QSocketNotifier>
-
 #include <csignal>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -11,7 +10,7 @@ Q_LOGGING_CATEGORY(lcHangup, "glimpso.HangupNotifier", QtInfoMsg)
 
 namespace {
 
-int g_fds[2] = {-1, -1};
+int g_fds[2] = { -1, -1 };
 
 extern "C" void onSigHup(int)
 {
@@ -22,7 +21,8 @@ extern "C" void onSigHup(int)
 
 } // namespace
 
-HangupNotifier::HangupNotifier(QObject *parent) : QObject(parent)
+HangupNotifier::HangupNotifier(QObject *parent)
+    : QObject(parent)
 {
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, g_fds) != 0) {
         qCWarning(lcHangup, "no socket pair for SIGHUP; the settings file is read at start only");
@@ -53,8 +53,7 @@ HangupNotifier::~HangupNotifier()
 void HangupNotifier::readSignal()
 {
     char bytes[64];
-    while (::read(g_fds[1], bytes, sizeof bytes) > 0) {
-    }
+    while (::read(g_fds[1], bytes, sizeof bytes) > 0) { }
     if (onHangup)
         onHangup();
 }

@@ -10,7 +10,6 @@
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QLoggingCategory>
-
 #include <algorithm>
 #include <array>
 
@@ -22,14 +21,13 @@ using ID = HotkeyManager::HotkeyID;
 
 // The order of registration. Two settings holding one combination: the later
 // one fails, so this order decides which of them works.
-constexpr std::array kRegistrationOrder = {ID::region,      ID::allDisplays, ID::text,     ID::window,
-                                           ID::gifWindow,   ID::gifScreen,   ID::videoWindow, ID::videoScreen,
-                                           ID::history,     ID::gif,         ID::video};
+constexpr std::array kRegistrationOrder = { ID::region, ID::allDisplays, ID::text, ID::window, ID::gifWindow,
+    ID::gifScreen, ID::videoWindow, ID::videoScreen, ID::history, ID::gif, ID::video };
 
 // The ones glimpso's own windows answer to when no popup is open.
-constexpr std::array kLocalOrder = {ID::region, ID::allDisplays};
+constexpr std::array kLocalOrder = { ID::region, ID::allDisplays };
 
-const Hotkey kEscape{53, 0};
+const Hotkey kEscape { 53, 0 };
 
 bool isKnown(int id)
 {
@@ -38,13 +36,13 @@ bool isKnown(int id)
 
 } // namespace
 
-HotkeyManager::HotkeyManager(Actions actions, AppSettings &settings, GlobalKeyGrabber &grabber, QObject *parent)
+HotkeyManager::HotkeyManager(
+    Actions actions, AppSettings &settings, GlobalKeyGrabber &grabber, QObject *parent)
     : QObject(parent)
     , m_actions(std::move(actions))
     , m_settings(settings)
     , m_grabber(grabber)
-{
-}
+{ }
 
 HotkeyManager::~HotkeyManager()
 {
@@ -69,18 +67,30 @@ HotkeyManager::Actions HotkeyManager::coordinatorActions(CaptureCoordinator &coo
 QString HotkeyManager::settingName(HotkeyID id)
 {
     switch (id) {
-    case ID::region: return QStringLiteral("hotkeyRegion");
-    case ID::allDisplays: return QStringLiteral("hotkeyAllDisplays");
-    case ID::escape: return QStringLiteral("escape");
-    case ID::text: return QStringLiteral("hotkeyText");
-    case ID::history: return QStringLiteral("hotkeyHistory");
-    case ID::gif: return QStringLiteral("hotkeyGIF");
-    case ID::video: return QStringLiteral("hotkeyVideo");
-    case ID::window: return QStringLiteral("hotkeyWindow");
-    case ID::gifWindow: return QStringLiteral("hotkeyGIFWindow");
-    case ID::gifScreen: return QStringLiteral("hotkeyGIFScreen");
-    case ID::videoWindow: return QStringLiteral("hotkeyVideoWindow");
-    case ID::videoScreen: return QStringLiteral("hotkeyVideoScreen");
+    case ID::region:
+        return QStringLiteral("hotkeyRegion");
+    case ID::allDisplays:
+        return QStringLiteral("hotkeyAllDisplays");
+    case ID::escape:
+        return QStringLiteral("escape");
+    case ID::text:
+        return QStringLiteral("hotkeyText");
+    case ID::history:
+        return QStringLiteral("hotkeyHistory");
+    case ID::gif:
+        return QStringLiteral("hotkeyGIF");
+    case ID::video:
+        return QStringLiteral("hotkeyVideo");
+    case ID::window:
+        return QStringLiteral("hotkeyWindow");
+    case ID::gifWindow:
+        return QStringLiteral("hotkeyGIFWindow");
+    case ID::gifScreen:
+        return QStringLiteral("hotkeyGIFScreen");
+    case ID::videoWindow:
+        return QStringLiteral("hotkeyVideoWindow");
+    case ID::videoScreen:
+        return QStringLiteral("hotkeyVideoScreen");
     }
     return {};
 }
@@ -88,18 +98,30 @@ QString HotkeyManager::settingName(HotkeyID id)
 std::optional<Hotkey> HotkeyManager::settingHotkey(HotkeyID id) const
 {
     switch (id) {
-    case ID::region: return m_settings.hotkeyRegion();
-    case ID::allDisplays: return m_settings.hotkeyAllDisplays();
-    case ID::escape: return std::nullopt;
-    case ID::text: return m_settings.hotkeyText();
-    case ID::history: return m_settings.hotkeyHistory();
-    case ID::gif: return m_settings.hotkeyGIF();
-    case ID::video: return m_settings.hotkeyVideo();
-    case ID::window: return m_settings.hotkeyWindow();
-    case ID::gifWindow: return m_settings.hotkeyGIFWindow();
-    case ID::gifScreen: return m_settings.hotkeyGIFScreen();
-    case ID::videoWindow: return m_settings.hotkeyVideoWindow();
-    case ID::videoScreen: return m_settings.hotkeyVideoScreen();
+    case ID::region:
+        return m_settings.hotkeyRegion();
+    case ID::allDisplays:
+        return m_settings.hotkeyAllDisplays();
+    case ID::escape:
+        return std::nullopt;
+    case ID::text:
+        return m_settings.hotkeyText();
+    case ID::history:
+        return m_settings.hotkeyHistory();
+    case ID::gif:
+        return m_settings.hotkeyGIF();
+    case ID::video:
+        return m_settings.hotkeyVideo();
+    case ID::window:
+        return m_settings.hotkeyWindow();
+    case ID::gifWindow:
+        return m_settings.hotkeyGIFWindow();
+    case ID::gifScreen:
+        return m_settings.hotkeyGIFScreen();
+    case ID::videoWindow:
+        return m_settings.hotkeyVideoWindow();
+    case ID::videoScreen:
+        return m_settings.hotkeyVideoScreen();
     }
     return std::nullopt;
 }
@@ -112,6 +134,7 @@ void HotkeyManager::registerHotkeys()
     qCInfo(lcHotkeys, "global key grabber installed: %s", qUtf8Printable(m_grabber.name()));
 
     m_connections << connect(&m_grabber, &GlobalKeyGrabber::pressed, this, &HotkeyManager::fire);
+    m_connections << connect(&m_grabber, &GlobalKeyGrabber::grabLost, this, &HotkeyManager::grabLost);
     // glimpso's own windows: the grabs cover them too, but a refused grab or a
     // desktop without grabs still leaves the two capture shortcuts working
     // there, and a popup menu's keyboard grab would otherwise swallow them all.
@@ -125,8 +148,10 @@ void HotkeyManager::registerHotkeys()
         registerAll();
     });
     InProcessNotices &notices = InProcessNotices::instance();
-    m_connections << connect(&notices, &InProcessNotices::overlayDidPresent, this, &HotkeyManager::overlayPresented);
-    m_connections << connect(&notices, &InProcessNotices::overlayDidDismiss, this, &HotkeyManager::overlayDismissed);
+    m_connections << connect(
+        &notices, &InProcessNotices::overlayDidPresent, this, &HotkeyManager::overlayPresented);
+    m_connections << connect(
+        &notices, &InProcessNotices::overlayDidDismiss, this, &HotkeyManager::overlayDismissed);
 }
 
 void HotkeyManager::unregisterHotkeys()
@@ -158,8 +183,8 @@ void HotkeyManager::registerAll()
         it = m_registered.erase(it);
     }
     m_failures.erase(std::remove_if(m_failures.begin(), m_failures.end(),
-                                    [](const Failure &f) { return f.id != int(ID::escape); }),
-                     m_failures.end());
+                         [](const Failure &f) { return f.id != int(ID::escape); }),
+        m_failures.end());
     for (ID id : kRegistrationOrder)
         grabOne(id, *settingHotkey(id));
 }
@@ -173,10 +198,10 @@ void HotkeyManager::grabOne(HotkeyID id, const Hotkey &hotkey)
     if (!result.ok()) {
         // No retry and nothing shown: the shortcut just doesn't work, and the
         // settings page can tell which ones from failures().
-        qCCritical(lcHotkeys, "RegisterEventHotKey failed for %u: status=%d (%s %s: %s)", number, result.status,
-                   qUtf8Printable(settingName(id)), qUtf8Printable(hotkey.displayString()),
-                   qUtf8Printable(result.reason));
-        m_failures.push_back({int(id), hotkey, result.status, result.reason});
+        qCCritical(lcHotkeys, "RegisterEventHotKey failed for %u: status=%d (%s %s: %s)", number,
+            result.status, qUtf8Printable(settingName(id)), qUtf8Printable(hotkey.displayString()),
+            qUtf8Printable(result.reason));
+        m_failures.push_back({ int(id), hotkey, result.status, result.reason });
         return;
     }
     m_registered[int(id)] = hotkey;
@@ -193,12 +218,25 @@ void HotkeyManager::ungrabOne(HotkeyID id)
     qCInfo(lcHotkeys, "unregistered %u", unsigned(id));
 }
 
+void HotkeyManager::grabLost(int id, int status, const QString &reason)
+{
+    const auto it = m_registered.find(id);
+    if (it == m_registered.end())
+        return;
+    const Hotkey hotkey = it->second;
+    m_registered.erase(it);
+    qCCritical(lcHotkeys, "RegisterEventHotKey failed for %u: status=%d (%s %s after a keyboard change: %s)",
+        unsigned(id), status, qUtf8Printable(settingName(HotkeyID(id))),
+        qUtf8Printable(hotkey.displayString()), qUtf8Printable(reason));
+    m_failures.push_back({ id, hotkey, status, reason });
+}
+
 void HotkeyManager::overlayPresented()
 {
     m_overlayUp = true;
     m_failures.erase(std::remove_if(m_failures.begin(), m_failures.end(),
-                                    [](const Failure &f) { return f.id == int(ID::escape); }),
-                     m_failures.end());
+                         [](const Failure &f) { return f.id == int(ID::escape); }),
+        m_failures.end());
     grabOne(ID::escape, kEscape);
 }
 
@@ -233,7 +271,8 @@ void HotkeyManager::fire(int id)
     case ID::allDisplays:
     case ID::text:
         if (m_actions.captureRegion)
-            m_actions.captureRegion(which == ID::allDisplays, which == ID::text ? CaptureIntent::text : CaptureIntent::image);
+            m_actions.captureRegion(
+                which == ID::allDisplays, which == ID::text ? CaptureIntent::text : CaptureIntent::image);
         else
             nothing();
         break;
@@ -244,16 +283,26 @@ void HotkeyManager::fire(int id)
         record(CaptureKind::gif, RecordingTarget::area, QStringLiteral("Drag over what to record as a GIF"));
         break;
     case ID::video:
-        record(CaptureKind::video, RecordingTarget::area, QStringLiteral("Drag over what to record as a video"));
+        record(
+            CaptureKind::video, RecordingTarget::area, QStringLiteral("Drag over what to record as a video"));
         break;
     case ID::window:
         m_actions.captureWindow ? m_actions.captureWindow() : nothing();
         break;
-    case ID::gifWindow: record(CaptureKind::gif, RecordingTarget::window, {}); break;
-    case ID::gifScreen: record(CaptureKind::gif, RecordingTarget::screen, {}); break;
-    case ID::videoWindow: record(CaptureKind::video, RecordingTarget::window, {}); break;
-    case ID::videoScreen: record(CaptureKind::video, RecordingTarget::screen, {}); break;
-    case ID::escape: break;
+    case ID::gifWindow:
+        record(CaptureKind::gif, RecordingTarget::window, {});
+        break;
+    case ID::gifScreen:
+        record(CaptureKind::gif, RecordingTarget::screen, {});
+        break;
+    case ID::videoWindow:
+        record(CaptureKind::video, RecordingTarget::window, {});
+        break;
+    case ID::videoScreen:
+        record(CaptureKind::video, RecordingTarget::screen, {});
+        break;
+    case ID::escape:
+        break;
     }
 }
 
@@ -299,7 +348,8 @@ bool HotkeyManager::eventFilter(QObject *, QEvent *event)
         return false;
     // A shortcut recorder that is listening wants the very keys of the
     // shortcuts; it holds the keyboard, so the grabs stay quiet too.
-    if (const QWidget *focus = QApplication::focusWidget(); focus && focus->property(RecorderView::listeningProperty).toBool())
+    if (const QWidget *focus = QApplication::focusWidget();
+        focus && focus->property(RecorderView::listeningProperty).toBool())
         return false;
     // The press reaches the window first, then its widgets; a match on the
     // first stops it, a miss is the same miss on the others.

@@ -10,7 +10,6 @@
 #include <QPointer>
 #include <QString>
 #include <QWidget>
-
 #include <functional>
 #include <map>
 #include <optional>
@@ -51,7 +50,8 @@ public:
     // What the hotkeys start. Each may be empty while its subsystem is not in
     // the build; its hotkey is then grabbed all the same and logs that nothing
     // acts on it.
-    struct Actions {
+    struct Actions
+    {
         std::function<void(bool allDisplays, CaptureIntent intent)> captureRegion;
         std::function<void()> captureWindow;
         std::function<void()> toggleHistory;
@@ -60,7 +60,8 @@ public:
     };
 
     // A combination the desktop refused, kept for the settings page to show.
-    struct Failure {
+    struct Failure
+    {
         int id = 0;
         Hotkey hotkey;
         int status = 0;
@@ -68,7 +69,8 @@ public:
         friend bool operator==(const Failure &, const Failure &) = default;
     };
 
-    HotkeyManager(Actions actions, AppSettings &settings, GlobalKeyGrabber &grabber, QObject *parent = nullptr);
+    HotkeyManager(
+        Actions actions, AppSettings &settings, GlobalKeyGrabber &grabber, QObject *parent = nullptr);
     ~HotkeyManager() override;
 
     // The coordinator's entries for the capture hotkeys.
@@ -112,6 +114,7 @@ protected:
 private:
     void grabOne(HotkeyID id, const Hotkey &hotkey);
     void ungrabOne(HotkeyID id);
+    void grabLost(int id, int status, const QString &reason);
     void overlayPresented();
     void overlayDismissed();
     void closeOpenMenus();

@@ -3,7 +3,6 @@
 #include "settings/EditorShortcut.h"
 
 #include <QString>
-
 #include <optional>
 
 // How the overlay, the editor and their toolbars read the editor shortcuts:

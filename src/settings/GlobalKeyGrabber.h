@@ -4,7 +4,6 @@
 
 #include <QObject>
 #include <QString>
-
 #include <optional>
 
 // What the hotkeys need from the display server: take a combination for the
@@ -20,7 +19,8 @@ public:
     // How one grab went. `status` 0 is success; otherwise the display server's
     // error code (X11: 10 is BadAccess, the combination belongs to another
     // client), or one of the negative codes below.
-    struct Result {
+    struct Result
+    {
         static constexpr int noConnection = -1; // no display server to ask
         static constexpr int noKeyOnKeyboard = -2; // the keyboard has no key for this code
         static constexpr int unknownKey = -3; // the code is not in the key table
@@ -53,4 +53,7 @@ public:
 Q_SIGNALS:
     // The combination grabbed under `id` was pressed, wherever the focus was.
     void pressed(int id);
+    // What `id` held could not be taken again after the keyboard changed
+    // (another program got it first); `id` now holds nothing.
+    void grabLost(int id, int status, const QString &reason);
 };

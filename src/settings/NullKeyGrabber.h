@@ -16,7 +16,7 @@ public:
     QString name() const override { return QStringLiteral("none"); }
     QString unavailableReason() const override { return m_why; }
     Result grab(int id, const Hotkey &hotkey) override;
-    void ungrab(int) override {}
+    void ungrab(int) override { }
 
 private:
     QString m_why;

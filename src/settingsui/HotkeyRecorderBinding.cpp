@@ -3,8 +3,8 @@
 #include "settings/AppSettings.h"
 #include "settingsui/RecorderView.h"
 
-HotkeyRecorderBinding::HotkeyRecorderBinding(RecorderView &view, Read read, Write write, bool allowsBareKey,
-                                             QObject *parent)
+HotkeyRecorderBinding::HotkeyRecorderBinding(
+    RecorderView &view, Read read, Write write, bool allowsBareKey, QObject *parent)
     : QObject(parent ? parent : &view)
     , m_view(&view)
     , m_read(std::move(read))
@@ -19,11 +19,12 @@ HotkeyRecorderBinding::HotkeyRecorderBinding(RecorderView &view, Read read, Writ
     refresh();
 }
 
-HotkeyRecorderBinding *HotkeyRecorderBinding::forGlobal(RecorderView &view, AppSettings &settings,
-                                                        Setting<Hotkey> &setting)
+HotkeyRecorderBinding *HotkeyRecorderBinding::forGlobal(
+    RecorderView &view, AppSettings &settings, Setting<Hotkey> &setting)
 {
     auto *binding = new HotkeyRecorderBinding(
-        view, [&setting] { return setting(); }, [&setting](const Hotkey &hotkey) { setting.set(hotkey); }, false);
+        view, [&setting] { return setting(); }, [&setting](const Hotkey &hotkey) { setting.set(hotkey); },
+        false);
     const QString key = setting.key();
     connect(&settings, &AppSettings::changed, binding, [binding, key](const QString &changed) {
         if (changed == key)
@@ -32,8 +33,8 @@ HotkeyRecorderBinding *HotkeyRecorderBinding::forGlobal(RecorderView &view, AppS
     return binding;
 }
 
-HotkeyRecorderBinding *HotkeyRecorderBinding::forEditor(RecorderView &view, AppSettings &settings,
-                                                        EditorShortcut shortcut)
+HotkeyRecorderBinding *HotkeyRecorderBinding::forEditor(
+    RecorderView &view, AppSettings &settings, EditorShortcut shortcut)
 {
     auto *binding = new HotkeyRecorderBinding(
         view, [&settings, shortcut] { return settings.editorShortcut(shortcut); },

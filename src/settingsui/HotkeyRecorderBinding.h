@@ -5,7 +5,6 @@
 
 #include <QObject>
 #include <QPointer>
-
 #include <functional>
 
 class AppSettings;
@@ -23,12 +22,15 @@ public:
     using Read = std::function<Hotkey()>;
     using Write = std::function<void(const Hotkey &)>;
 
-    HotkeyRecorderBinding(RecorderView &view, Read read, Write write, bool allowsBareKey, QObject *parent = nullptr);
+    HotkeyRecorderBinding(
+        RecorderView &view, Read read, Write write, bool allowsBareKey, QObject *parent = nullptr);
 
     // A global shortcut: modifiers required.
-    static HotkeyRecorderBinding *forGlobal(RecorderView &view, AppSettings &settings, Setting<Hotkey> &setting);
+    static HotkeyRecorderBinding *forGlobal(
+        RecorderView &view, AppSettings &settings, Setting<Hotkey> &setting);
     // An editor shortcut: a bare key is fine (the text tool is T).
-    static HotkeyRecorderBinding *forEditor(RecorderView &view, AppSettings &settings, EditorShortcut shortcut);
+    static HotkeyRecorderBinding *forEditor(
+        RecorderView &view, AppSettings &settings, EditorShortcut shortcut);
 
     // Copies the bound value into the view.
     void refresh();

@@ -31,7 +31,8 @@ bool isModifierKey(int key)
 
 } // namespace
 
-RecorderView::RecorderView(QWidget *parent) : QWidget(parent)
+RecorderView::RecorderView(QWidget *parent)
+    : QWidget(parent)
 {
     // Only a click starts listening: focus arriving by itself (a window shown,
     // Tab through a page) would swallow the next keys the user meant elsewhere.
@@ -154,7 +155,7 @@ void RecorderView::keyPressEvent(QKeyEvent *event)
         beep();
         return;
     }
-    capture(Hotkey{pressed->keyCode, flags});
+    capture(Hotkey { pressed->keyCode, flags });
 }
 
 void RecorderView::capture(const Hotkey &hotkey)

@@ -3,7 +3,6 @@
 #include "settings/Hotkey.h"
 
 #include <QWidget>
-
 #include <functional>
 #include <optional>
 
@@ -40,7 +39,7 @@ public:
     // Qt's key is used otherwise.
     std::function<std::optional<uint16_t>(quint32 nativeScanCode)> keyCodeForScanCode;
 
-    QSize sizeHint() const override { return {140, 28}; }
+    QSize sizeHint() const override { return { 140, 28 }; }
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:

@@ -1,34 +1,32 @@
 #include "app/HotkeyManager.h"
 
+#include "FakeKeyGrabber.h"
+#include "SettingsFakes.h"
 #include "appbase/InProcessNotices.h"
 #include "settings/AppSettings.h"
 #include "settingsui/RecorderView.h"
-
-#include "FakeKeyGrabber.h"
-#include "SettingsFakes.h"
 
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QWidget>
 #include <gtest/gtest.h>
-
 #include <memory>
 
 namespace {
 
 using ID = HotkeyManager::HotkeyID;
 
-const Hotkey kRegion{19, 0x120000};      // Ctrl+Shift+2
-const Hotkey kAllDisplays{18, 0x120000}; // Ctrl+Shift+1
-const Hotkey kText{19, 0x1a0000};        // Ctrl+Alt+Shift+2
+const Hotkey kRegion { 19, 0x120000 }; // Ctrl+Shift+2
+const Hotkey kAllDisplays { 18, 0x120000 }; // Ctrl+Shift+1
+const Hotkey kText { 19, 0x1a0000 }; // Ctrl+Alt+Shift+2
 
 class HotkeyManagerTest : public ::testing::Test
 {
 protected:
     MemorySettingsStorage storage;
     InertLoginItem loginItem;
-    AppSettings settings{storage, loginItem};
+    AppSettings settings { storage, loginItem };
     FakeKeyGrabber grabber;
     QStringList log; // what happened, in order: notices and actions alike
     std::unique_ptr<HotkeyManager> manager;
@@ -37,8 +35,10 @@ protected:
     void SetUp() override
     {
         InProcessNotices &notices = InProcessNotices::instance();
-        connections << QObject::connect(&notices, &InProcessNotices::hotkeyWillFire, [this] { log << "willFire"; });
-        connections << QObject::connect(&notices, &InProcessNotices::overlayEscape, [this] { log << "overlayEscape"; });
+        connections << QObject::connect(
+            &notices, &InProcessNotices::hotkeyWillFire, [this] { log << "willFire"; });
+        connections << QObject::connect(
+            &notices, &InProcessNotices::overlayEscape, [this] { log << "overlayEscape"; });
         manager = std::make_unique<HotkeyManager>(actions(), settings, grabber);
     }
 
@@ -57,18 +57,22 @@ protected:
         };
         a.captureWindow = [this] { log << "window"; };
         a.toggleHistory = [this] { log << "history"; };
-        a.startRecording = [this](CaptureKind kind, HotkeyManager::RecordingTarget target, const QString &prompt) {
-            log << QStringLiteral("record %1 %2 %3").arg(CaptureKinds::rawValue(kind)).arg(int(target)).arg(prompt);
-        };
+        a.startRecording
+            = [this](CaptureKind kind, HotkeyManager::RecordingTarget target, const QString &prompt) {
+                  log << QStringLiteral("record %1 %2 %3")
+                             .arg(CaptureKinds::rawValue(kind))
+                             .arg(int(target))
+                             .arg(prompt);
+              };
         return a;
     }
 
     void assignAllEleven()
     {
-        settings.hotkeyGIFWindow.set({0, 0x1a0000});
-        settings.hotkeyGIFScreen.set({1, 0x1a0000});
-        settings.hotkeyVideoWindow.set({2, 0x1a0000});
-        settings.hotkeyVideoScreen.set({3, 0x1a0000});
+        settings.hotkeyGIFWindow.set({ 0, 0x1a0000 });
+        settings.hotkeyGIFScreen.set({ 1, 0x1a0000 });
+        settings.hotkeyVideoWindow.set({ 2, 0x1a0000 });
+        settings.hotkeyVideoScreen.set({ 3, 0x1a0000 });
     }
 
     QStringList grabbedIds() const
@@ -86,7 +90,7 @@ TEST_F(HotkeyManagerTest, RegistersTheAssignedSettingsInTheFixedOrder)
 {
     manager->registerHotkeys();
     // region, all displays, text, window, (four unassigned recordings), history, GIF, video
-    EXPECT_EQ(grabbedIds(), (QStringList{"2", "3", "5", "9", "6", "7", "8"}));
+    EXPECT_EQ(grabbedIds(), (QStringList { "2", "3", "5", "9", "6", "7", "8" }));
     EXPECT_EQ(grabber.held.at(2), kRegion);
     EXPECT_EQ(grabber.held.at(3), kAllDisplays);
     EXPECT_EQ(grabber.held.at(5), kText);
@@ -99,7 +103,7 @@ TEST_F(HotkeyManagerTest, AnUnassignedHotkeyLeavesNoEntry)
     manager->registerHotkeys();
     EXPECT_EQ(manager->registered().count(int(ID::region)), 0u);
     EXPECT_FALSE(grabbedIds().contains("2"));
-    for (int id : {10, 11, 12, 13})
+    for (int id : { 10, 11, 12, 13 })
         EXPECT_EQ(manager->registered().count(id), 0u) << id;
     EXPECT_TRUE(manager->failures().empty());
 }
@@ -111,7 +115,7 @@ TEST_F(HotkeyManagerTest, OneChangeReRegistersAllEleven)
     ASSERT_EQ(manager->registered().size(), 11u);
     grabber.calls.clear();
 
-    settings.hotkeyText.set({14, 0x1a0000}); // Ctrl+Alt+Shift+E
+    settings.hotkeyText.set({ 14, 0x1a0000 }); // Ctrl+Alt+Shift+E
 
     QStringList ungrabbed;
     for (const QString &call : grabber.calls) {
@@ -119,12 +123,12 @@ TEST_F(HotkeyManagerTest, OneChangeReRegistersAllEleven)
             ungrabbed << call.section(' ', 1, 1);
     }
     ungrabbed.sort();
-    QStringList all{"2", "3", "5", "6", "7", "8", "9", "10", "11", "12", "13"};
+    QStringList all { "2", "3", "5", "6", "7", "8", "9", "10", "11", "12", "13" };
     QStringList sortedAll = all;
     sortedAll.sort();
     EXPECT_EQ(ungrabbed, sortedAll);
-    EXPECT_EQ(grabbedIds(), (QStringList{"2", "3", "5", "9", "10", "11", "12", "13", "6", "7", "8"}));
-    EXPECT_EQ(manager->registered().at(int(ID::text)), (Hotkey{14, 0x1a0000}));
+    EXPECT_EQ(grabbedIds(), (QStringList { "2", "3", "5", "9", "10", "11", "12", "13", "6", "7", "8" }));
+    EXPECT_EQ(manager->registered().at(int(ID::text)), (Hotkey { 14, 0x1a0000 }));
     // Every ungrab comes before the first grab: the set is redone as a whole.
     EXPECT_TRUE(grabber.calls.first().startsWith("ungrab"));
     EXPECT_TRUE(grabber.calls.at(10).startsWith("ungrab"));
@@ -135,7 +139,7 @@ TEST_F(HotkeyManagerTest, AnEditorShortcutChangeLeavesTheGrabsAlone)
 {
     manager->registerHotkeys();
     grabber.calls.clear();
-    settings.setEditorShortcut(EditorShortcut::copy, {9, Hotkey::commandFlag});
+    settings.setEditorShortcut(EditorShortcut::copy, { 9, Hotkey::commandFlag });
     EXPECT_TRUE(grabber.calls.isEmpty());
 }
 
@@ -146,7 +150,7 @@ TEST_F(HotkeyManagerTest, EscapeIsGrabbedOnlyWhileTheOverlayIsUp)
 
     Q_EMIT InProcessNotices::instance().overlayDidPresent();
     ASSERT_EQ(manager->registered().count(int(ID::escape)), 1u);
-    EXPECT_EQ(grabber.held.at(4), (Hotkey{53, 0}));
+    EXPECT_EQ(grabber.held.at(4), (Hotkey { 53, 0 }));
 
     Q_EMIT InProcessNotices::instance().overlayDidDismiss();
     EXPECT_EQ(manager->registered().count(int(ID::escape)), 0u);
@@ -158,7 +162,7 @@ TEST_F(HotkeyManagerTest, EscapeStaysGrabbedWhenTheSettingsChangeUnderTheOverlay
 {
     manager->registerHotkeys();
     Q_EMIT InProcessNotices::instance().overlayDidPresent();
-    settings.hotkeyRegion.set({20, 0x120000});
+    settings.hotkeyRegion.set({ 20, 0x120000 });
     EXPECT_EQ(grabber.held.count(4), 1u);
     EXPECT_EQ(manager->registered().count(int(ID::escape)), 1u);
 }
@@ -176,7 +180,7 @@ TEST_F(HotkeyManagerTest, EscapePressPostsOverlayEscapeAndNothingElse)
     manager->registerHotkeys();
     Q_EMIT InProcessNotices::instance().overlayDidPresent();
     grabber.press(4);
-    EXPECT_EQ(log, QStringList{"overlayEscape"});
+    EXPECT_EQ(log, QStringList { "overlayEscape" });
 }
 
 TEST_F(HotkeyManagerTest, HotkeyWillFireComesJustBeforeEachAction)
@@ -184,29 +188,29 @@ TEST_F(HotkeyManagerTest, HotkeyWillFireComesJustBeforeEachAction)
     assignAllEleven();
     manager->registerHotkeys();
     const std::vector<std::pair<int, QString>> table = {
-        {2, "region all=0 image"},
-        {3, "region all=1 image"},
-        {5, "region all=0 text"},
-        {6, "history"},
-        {7, "record gif 0 Drag over what to record as a GIF"},
-        {8, "record video 0 Drag over what to record as a video"},
-        {9, "window"},
-        {10, "record gif 1 "},
-        {11, "record gif 2 "},
-        {12, "record video 1 "},
-        {13, "record video 2 "},
+        { 2, "region all=0 image" },
+        { 3, "region all=1 image" },
+        { 5, "region all=0 text" },
+        { 6, "history" },
+        { 7, "record gif 0 Drag over what to record as a GIF" },
+        { 8, "record video 0 Drag over what to record as a video" },
+        { 9, "window" },
+        { 10, "record gif 1 " },
+        { 11, "record gif 2 " },
+        { 12, "record video 1 " },
+        { 13, "record video 2 " },
     };
     for (const auto &[id, action] : table) {
         log.clear();
         grabber.press(id);
-        EXPECT_EQ(log, (QStringList{"willFire", action})) << id;
+        EXPECT_EQ(log, (QStringList { "willFire", action })) << id;
     }
 }
 
 TEST_F(HotkeyManagerTest, UnknownIdsAreIgnored)
 {
     manager->registerHotkeys();
-    for (int id : {0, 1, 14, 99, -2})
+    for (int id : { 0, 1, 14, 99, -2 })
         grabber.press(id);
     EXPECT_TRUE(log.isEmpty());
 }
@@ -216,12 +220,12 @@ TEST_F(HotkeyManagerTest, AMissingActionIsLoggedNotCalled)
     HotkeyManager bare({}, settings, grabber);
     bare.registerHotkeys();
     grabber.press(7);
-    EXPECT_EQ(log, QStringList{"willFire"});
+    EXPECT_EQ(log, QStringList { "willFire" });
 }
 
 TEST_F(HotkeyManagerTest, ARefusedGrabIsLoggedWithItsStatusAndKeptForTheSettingsPage)
 {
-    grabber.takenElsewhere.insert({kRegion.keyCode, kRegion.modifierFlagsRaw});
+    grabber.takenElsewhere.insert({ kRegion.keyCode, kRegion.modifierFlagsRaw });
     static QStringList messages;
     messages.clear();
     const QtMessageHandler previous = qInstallMessageHandler(
@@ -236,7 +240,8 @@ TEST_F(HotkeyManagerTest, ARefusedGrabIsLoggedWithItsStatusAndKeptForTheSettings
     EXPECT_EQ(manager->registered().count(2), 0u);
     // The rest still work.
     EXPECT_EQ(manager->registered().size(), 6u);
-    EXPECT_TRUE(messages.filter("RegisterEventHotKey failed for 2: status=10").size() == 1) << messages.join('\n').toStdString();
+    EXPECT_TRUE(messages.filter("RegisterEventHotKey failed for 2: status=10").size() == 1)
+        << messages.join('\n').toStdString();
 }
 
 TEST_F(HotkeyManagerTest, TwoSettingsWithOneCombinationTheLaterFails)
@@ -253,9 +258,19 @@ TEST_F(HotkeyManagerTest, AChangeThatFreesACombinationClearsItsFailure)
     settings.hotkeyWindow.set(kRegion);
     manager->registerHotkeys();
     ASSERT_EQ(manager->failures().size(), 1u);
-    settings.hotkeyWindow.set({20, 0x1a0000});
+    settings.hotkeyWindow.set({ 20, 0x1a0000 });
     EXPECT_TRUE(manager->failures().empty());
     EXPECT_EQ(manager->registered().count(int(ID::window)), 1u);
+}
+
+TEST_F(HotkeyManagerTest, AGrabLostAfterAKeyboardChangeBecomesAFailure)
+{
+    manager->registerHotkeys();
+    grabber.lose(3);
+    EXPECT_EQ(manager->registered().count(3), 0u);
+    ASSERT_EQ(manager->failures().size(), 1u);
+    EXPECT_EQ(manager->failures().front(),
+        (HotkeyManager::Failure { 3, kAllDisplays, 10, "another program holds this combination" }));
 }
 
 TEST_F(HotkeyManagerTest, UnregisterGivesEverythingBackAndStopsListening)
@@ -267,7 +282,7 @@ TEST_F(HotkeyManagerTest, UnregisterGivesEverythingBackAndStopsListening)
     EXPECT_TRUE(manager->registered().empty());
 
     grabber.calls.clear();
-    settings.hotkeyRegion.set({20, 0x120000});
+    settings.hotkeyRegion.set({ 20, 0x120000 });
     Q_EMIT InProcessNotices::instance().overlayDidPresent();
     grabber.press(2);
     EXPECT_TRUE(grabber.calls.isEmpty());
@@ -279,15 +294,15 @@ TEST_F(HotkeyManagerTest, LocalMatchCoversRegionThenAllDisplaysWithoutHotkeyWill
     manager->registerHotkeys();
     EXPECT_TRUE(manager->matchAndFire(kRegion, false));
     EXPECT_TRUE(manager->matchAndFire(kAllDisplays, false));
-    EXPECT_EQ(log, (QStringList{"region all=0 image", "region all=1 image"}));
+    EXPECT_EQ(log, (QStringList { "region all=0 image", "region all=1 image" }));
 }
 
 TEST_F(HotkeyManagerTest, LocalMatchNeedsExactlyTheSettingsModifiers)
 {
     manager->registerHotkeys();
-    EXPECT_FALSE(manager->matchAndFire({19, 0x120000 | Hotkey::controlFlag}, false));
-    EXPECT_FALSE(manager->matchAndFire({19, Hotkey::commandFlag}, false));
-    EXPECT_FALSE(manager->matchAndFire({19, 0}, false));
+    EXPECT_FALSE(manager->matchAndFire({ 19, 0x120000 | Hotkey::controlFlag }, false));
+    EXPECT_FALSE(manager->matchAndFire({ 19, Hotkey::commandFlag }, false));
+    EXPECT_FALSE(manager->matchAndFire({ 19, 0 }, false));
     EXPECT_TRUE(log.isEmpty());
 }
 
@@ -305,7 +320,7 @@ TEST_F(HotkeyManagerTest, WithAPopupOpenEveryGlobalShortcutFiresAsAHotKey)
 {
     manager->registerHotkeys();
     EXPECT_TRUE(manager->matchAndFire(kText, true));
-    EXPECT_EQ(log, (QStringList{"willFire", "region all=0 text"}));
+    EXPECT_EQ(log, (QStringList { "willFire", "region all=0 text" }));
 }
 
 TEST_F(HotkeyManagerTest, AKeyPressInGlimpsosOwnWindowStartsTheRegionCapture)
@@ -314,10 +329,11 @@ TEST_F(HotkeyManagerTest, AKeyPressInGlimpsosOwnWindowStartsTheRegionCapture)
     QWidget window;
     window.show();
     // Shift+2 arrives as "@" on a US keyboard.
-    QKeyEvent press(QEvent::KeyPress, Qt::Key_At, Qt::ControlModifier | Qt::ShiftModifier, QStringLiteral("@"));
+    QKeyEvent press(
+        QEvent::KeyPress, Qt::Key_At, Qt::ControlModifier | Qt::ShiftModifier, QStringLiteral("@"));
     const bool delivered = QApplication::sendEvent(&window, &press);
     EXPECT_TRUE(delivered);
-    EXPECT_EQ(log, QStringList{"region all=0 image"});
+    EXPECT_EQ(log, QStringList { "region all=0 image" });
 }
 
 TEST_F(HotkeyManagerTest, AListeningRecorderKeepsItsKeyPresses)
@@ -328,7 +344,8 @@ TEST_F(HotkeyManagerTest, AListeningRecorderKeepsItsKeyPresses)
     QApplication::setActiveWindow(&recorder);
     recorder.setFocus();
     ASSERT_TRUE(recorder.isRecording());
-    QKeyEvent press(QEvent::KeyPress, Qt::Key_At, Qt::ControlModifier | Qt::ShiftModifier, QStringLiteral("@"));
+    QKeyEvent press(
+        QEvent::KeyPress, Qt::Key_At, Qt::ControlModifier | Qt::ShiftModifier, QStringLiteral("@"));
     QApplication::sendEvent(&recorder, &press);
     EXPECT_TRUE(log.isEmpty());
     EXPECT_EQ(recorder.hotkey(), kRegion);

@@ -1,13 +1,12 @@
 #include "settingsui/HotkeyRecorderBinding.h"
 
+#include "SettingsFakes.h"
 #include "settings/AppSettings.h"
 #include "settingsui/RecorderView.h"
 
-#include "SettingsFakes.h"
-
 #include <QApplication>
-#include <QWidget>
 #include <QTest>
+#include <QWidget>
 #include <gtest/gtest.h>
 
 namespace {
@@ -17,10 +16,10 @@ class HotkeyRecorderBindingTest : public ::testing::Test
 protected:
     MemorySettingsStorage storage;
     InertLoginItem loginItem;
-    AppSettings settings{storage, loginItem};
+    AppSettings settings { storage, loginItem };
     // As on a settings page: the recorder is one control of a window.
     QWidget window;
-    RecorderView view{&window};
+    RecorderView view { &window };
     int beeps = 0;
 
     void SetUp() override
@@ -42,7 +41,7 @@ TEST_F(HotkeyRecorderBindingTest, AGlobalShortcutShowsTheSettingAndWritesItBack)
     EXPECT_EQ(view.labelText(), "Ctrl+Shift+2");
     EXPECT_FALSE(view.allowsBareKey());
     record(Qt::Key_4, Qt::ControlModifier | Qt::AltModifier);
-    EXPECT_EQ(settings.hotkeyRegion(), (Hotkey{21, Hotkey::commandFlag | Hotkey::optionFlag}));
+    EXPECT_EQ(settings.hotkeyRegion(), (Hotkey { 21, Hotkey::commandFlag | Hotkey::optionFlag }));
     EXPECT_TRUE(storage.values.value("settings.hotkey.region").toString().contains("\"keyCode\":21"));
 }
 
@@ -51,7 +50,7 @@ TEST_F(HotkeyRecorderBindingTest, AGlobalShortcutRefusesABareKey)
     HotkeyRecorderBinding::forGlobal(view, settings, settings.hotkeyRegion);
     record(Qt::Key_T, Qt::NoModifier);
     EXPECT_EQ(beeps, 1);
-    EXPECT_EQ(settings.hotkeyRegion(), (Hotkey{19, 0x120000}));
+    EXPECT_EQ(settings.hotkeyRegion(), (Hotkey { 19, 0x120000 }));
 }
 
 TEST_F(HotkeyRecorderBindingTest, EscapeUnassignsTheSetting)
@@ -65,7 +64,7 @@ TEST_F(HotkeyRecorderBindingTest, EscapeUnassignsTheSetting)
 TEST_F(HotkeyRecorderBindingTest, AChangeFromElsewhereShowsInTheView)
 {
     HotkeyRecorderBinding::forGlobal(view, settings, settings.hotkeyAllDisplays);
-    settings.hotkeyAllDisplays.set({20, 0x120000});
+    settings.hotkeyAllDisplays.set({ 20, 0x120000 });
     EXPECT_EQ(view.labelText(), "Ctrl+Shift+3");
     settings.resetShortcuts();
     EXPECT_EQ(view.labelText(), "Ctrl+Shift+1");
@@ -78,8 +77,8 @@ TEST_F(HotkeyRecorderBindingTest, AnEditorShortcutTakesABareKeyIntoTheMap)
     EXPECT_TRUE(view.allowsBareKey());
     record(Qt::Key_E, Qt::NoModifier);
     EXPECT_EQ(beeps, 0);
-    EXPECT_EQ(settings.editorShortcut(EditorShortcut::text), (Hotkey{14, 0}));
-    EXPECT_EQ(settings.editorShortcut(EditorShortcut::copy), (Hotkey{8, Hotkey::commandFlag}));
+    EXPECT_EQ(settings.editorShortcut(EditorShortcut::text), (Hotkey { 14, 0 }));
+    EXPECT_EQ(settings.editorShortcut(EditorShortcut::copy), (Hotkey { 8, Hotkey::commandFlag }));
 }
 
 } // namespace

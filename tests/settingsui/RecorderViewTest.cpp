@@ -1,10 +1,10 @@
 #include "settingsui/RecorderView.h"
 
 #include <QApplication>
-#include <QWidget>
 #include <QImage>
 #include <QSignalSpy>
 #include <QTest>
+#include <QWidget>
 #include <gtest/gtest.h>
 
 namespace {
@@ -14,7 +14,7 @@ class RecorderViewTest : public ::testing::Test
 protected:
     // As on a settings page: the recorder is one control of a window.
     QWidget window;
-    RecorderView view{&window};
+    RecorderView view { &window };
     std::vector<Hotkey> captured;
     int beeps = 0;
 
@@ -42,7 +42,7 @@ TEST_F(RecorderViewTest, AtRestShowsClickToRecordOrTheShortcut)
 {
     EXPECT_FALSE(view.isRecording());
     EXPECT_EQ(view.labelText(), "Click to record");
-    view.setHotkey({19, 0x120000});
+    view.setHotkey({ 19, 0x120000 });
     EXPECT_EQ(view.labelText(), "Ctrl+Shift+2");
 }
 
@@ -58,8 +58,8 @@ TEST_F(RecorderViewTest, AShortcutWithModifiersIsRecordedAndListeningEnds)
     startListening();
     QTest::keyClick(&view, Qt::Key_At, Qt::ControlModifier | Qt::ShiftModifier);
     ASSERT_EQ(captured.size(), 1u);
-    EXPECT_EQ(captured[0], (Hotkey{19, 0x120000}));
-    EXPECT_EQ(view.hotkey(), (Hotkey{19, 0x120000}));
+    EXPECT_EQ(captured[0], (Hotkey { 19, 0x120000 }));
+    EXPECT_EQ(view.hotkey(), (Hotkey { 19, 0x120000 }));
     EXPECT_FALSE(view.isRecording());
     EXPECT_EQ(view.labelText(), "Ctrl+Shift+2");
     EXPECT_FALSE(view.property(RecorderView::listeningProperty).toBool());
@@ -83,13 +83,13 @@ TEST_F(RecorderViewTest, ABareKeyIsRecordedWhenAllowed)
     QTest::keyClick(&view, Qt::Key_T);
     EXPECT_EQ(beeps, 0);
     ASSERT_EQ(captured.size(), 1u);
-    EXPECT_EQ(captured[0], (Hotkey{17, 0}));
+    EXPECT_EQ(captured[0], (Hotkey { 17, 0 }));
     EXPECT_FALSE(view.isRecording());
 }
 
 TEST_F(RecorderViewTest, EscapeClearsTheShortcutAndIsNeverRecorded)
 {
-    view.setHotkey({19, 0x120000});
+    view.setHotkey({ 19, 0x120000 });
     startListening();
     QTest::keyClick(&view, Qt::Key_Escape, Qt::ControlModifier);
     ASSERT_EQ(captured.size(), 1u);
@@ -114,7 +114,7 @@ TEST_F(RecorderViewTest, TabIsRecordedInsteadOfMovingTheFocus)
     startListening();
     QTest::keyClick(&view, Qt::Key_Tab, Qt::ControlModifier);
     ASSERT_EQ(captured.size(), 1u);
-    EXPECT_EQ(captured[0], (Hotkey{48, Hotkey::commandFlag}));
+    EXPECT_EQ(captured[0], (Hotkey { 48, Hotkey::commandFlag }));
 }
 
 TEST_F(RecorderViewTest, AKeyOutsideTheTableBeeps)
@@ -138,7 +138,7 @@ TEST_F(RecorderViewTest, TheDesktopsKeyMapWinsOverQtsCharacter)
     startListening();
     QTest::keyClick(&view, Qt::Key_At, Qt::ControlModifier | Qt::ShiftModifier);
     ASSERT_EQ(captured.size(), 1u);
-    EXPECT_EQ(captured[0], (Hotkey{20, 0x120000}));
+    EXPECT_EQ(captured[0], (Hotkey { 20, 0x120000 }));
 }
 
 TEST_F(RecorderViewTest, TheBorderTakesTheAccentWhileListening)

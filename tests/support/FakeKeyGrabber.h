@@ -4,7 +4,6 @@
 
 #include <QString>
 #include <QStringList>
-
 #include <map>
 #include <set>
 
@@ -24,11 +23,11 @@ public:
     {
         calls << QStringLiteral("grab %1 %2").arg(id).arg(hotkey.displayString());
         held.erase(id);
-        if (takenElsewhere.count({hotkey.keyCode, hotkey.modifierFlagsRaw}))
-            return {10, QStringLiteral("another program holds this combination")};
+        if (takenElsewhere.count({ hotkey.keyCode, hotkey.modifierFlagsRaw }))
+            return { 10, QStringLiteral("another program holds this combination") };
         for (const auto &[other, combination] : held) {
             if (combination == hotkey)
-                return {10, QStringLiteral("another program holds this combination")};
+                return { 10, QStringLiteral("another program holds this combination") };
         }
         held[id] = hotkey;
         return {};
@@ -42,4 +41,10 @@ public:
 
     // As the display server reports a press of what `id` holds.
     void press(int id) { Q_EMIT pressed(id); }
+    // As a keyboard change that lets another program take what `id` held.
+    void lose(int id)
+    {
+        held.erase(id);
+        Q_EMIT grabLost(id, 10, QStringLiteral("another program holds this combination"));
+    }
 };

@@ -6,15 +6,13 @@
 #include <QLoggingCategory>
 #include <QMetaObject>
 #include <QSocketNotifier>
-
-#include <xcb/xcb.h>
-#include <xcb/xcb_keysyms.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <map>
 #include <vector>
+#include <xcb/xcb.h>
+#include <xcb/xcb_keysyms.h>
 
 Q_LOGGING_CATEGORY(lcKeyGrabber, "glimpso.X11KeyGrabber", QtInfoMsg)
 
@@ -24,19 +22,23 @@ constexpr xcb_keysym_t XK_Num_Lock = 0xff7f, XK_Alt_L = 0xffe9, XK_Alt_R = 0xffe
                        XK_Super_R = 0xffec;
 constexpr uint8_t badAccess = 10;
 
-struct FreeDeleter {
+struct FreeDeleter
+{
     void operator()(void *p) const { std::free(p); }
 };
 template <typename T> using Reply = std::unique_ptr<T, FreeDeleter>;
 
-struct SymbolsDeleter {
+struct SymbolsDeleter
+{
     void operator()(xcb_key_symbols_t *s) const { xcb_key_symbols_free(s); }
 };
 
 } // namespace
 
-struct X11KeyGrabber::State {
-    struct Grab {
+struct X11KeyGrabber::State
+{
+    struct Grab
+    {
         Hotkey hotkey;
         uint16_t modifiers = 0;
         std::vector<xcb_keycode_t> keycodes;
@@ -53,7 +55,9 @@ struct X11KeyGrabber::State {
     uint16_t alt = XCB_MOD_MASK_1;
     uint16_t super = XCB_MOD_MASK_4;
 
-    explicit State(QByteArray displayName) : connection(std::move(displayName)) {}
+    explicit State(QByteArray displayName)
+        : connection(std::move(displayName))
+    { }
 
     std::vector<xcb_keycode_t> keycodesOf(xcb_keysym_t keysym) const
     {
@@ -87,9 +91,9 @@ struct X11KeyGrabber::State {
             }
             return fallback;
         };
-        numLock = maskOf({XK_Num_Lock}, XCB_MOD_MASK_2);
-        alt = maskOf({XK_Alt_L, XK_Alt_R}, XCB_MOD_MASK_1);
-        super = maskOf({XK_Super_L, XK_Super_R}, XCB_MOD_MASK_4);
+        numLock = maskOf({ XK_Num_Lock }, XCB_MOD_MASK_2);
+        alt = maskOf({ XK_Alt_L, XK_Alt_R }, XCB_MOD_MASK_1);
+        super = maskOf({ XK_Super_L, XK_Super_R }, XCB_MOD_MASK_4);
     }
 
     uint16_t modifiersOf(const Hotkey &hotkey) const
@@ -108,7 +112,7 @@ struct X11KeyGrabber::State {
 
     std::array<uint16_t, 4> lockVariants() const
     {
-        return {0, XCB_MOD_MASK_LOCK, numLock, uint16_t(XCB_MOD_MASK_LOCK | numLock)};
+        return { 0, XCB_MOD_MASK_LOCK, numLock, uint16_t(XCB_MOD_MASK_LOCK | numLock) };
     }
 
     void ungrabKeys(const Grab &grab)
@@ -125,16 +129,17 @@ struct X11KeyGrabber::State {
     {
         const KeyTableEntry *entry = KeyTable::byCode(grab.hotkey.keyCode);
         if (!entry)
-            return {GlobalKeyGrabber::Result::unknownKey, QStringLiteral("no such key")};
+            return { GlobalKeyGrabber::Result::unknownKey, QStringLiteral("no such key") };
         grab.modifiers = modifiersOf(grab.hotkey);
         grab.keycodes = keycodesOf(entry->keysym);
         if (grab.keycodes.empty())
-            return {GlobalKeyGrabber::Result::noKeyOnKeyboard, QStringLiteral("the keyboard map has no such key")};
+            return { GlobalKeyGrabber::Result::noKeyOnKeyboard,
+                QStringLiteral("the keyboard map has no such key") };
         std::vector<xcb_void_cookie_t> cookies;
         for (xcb_keycode_t code : grab.keycodes) {
             for (uint16_t extra : lockVariants()) {
-                cookies.push_back(xcb_grab_key_checked(c, 0, root, grab.modifiers | extra, code,
-                                                       XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+                cookies.push_back(xcb_grab_key_checked(
+                    c, 0, root, grab.modifiers | extra, code, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
             }
         }
         int status = 0;
@@ -145,8 +150,9 @@ struct X11KeyGrabber::State {
         }
         if (status != 0) {
             ungrabKeys(grab);
-            return {status, status == badAccess ? QStringLiteral("another program holds this combination")
-                                                : QStringLiteral("the X server refused the grab")};
+            return { status,
+                status == badAccess ? QStringLiteral("another program holds this combination")
+                                    : QStringLiteral("the X server refused the grab") };
         }
         return {};
     }
@@ -185,9 +191,9 @@ bool X11KeyGrabber::isConnected() const
 GlobalKeyGrabber::Result X11KeyGrabber::grab(int id, const Hotkey &hotkey)
 {
     if (!isConnected())
-        return {Result::noConnection, QStringLiteral("no connection to the X server")};
+        return { Result::noConnection, QStringLiteral("no connection to the X server") };
     ungrab(id);
-    State::Grab grab{hotkey, 0, {}};
+    State::Grab grab { hotkey, 0, {} };
     const Result result = m_state->grabKeys(grab);
     if (result.ok())
         m_state->grabs[id] = std::move(grab);
@@ -210,7 +216,8 @@ std::optional<uint16_t> X11KeyGrabber::keyCodeForScanCode(quint32 nativeScanCode
 {
     if (!m_state->symbols || nativeScanCode > 255)
         return std::nullopt;
-    const xcb_keysym_t keysym = xcb_key_symbols_get_keysym(m_state->symbols.get(), xcb_keycode_t(nativeScanCode), 0);
+    const xcb_keysym_t keysym
+        = xcb_key_symbols_get_keysym(m_state->symbols.get(), xcb_keycode_t(nativeScanCode), 0);
     if (const KeyTableEntry *entry = KeyTable::byKeysym(keysym))
         return entry->code;
     return std::nullopt;
@@ -227,7 +234,7 @@ void X11KeyGrabber::readEvents()
         return;
     }
     bool mapChanged = false;
-    while (Reply<xcb_generic_event_t> event{xcb_poll_for_event(s.c)}) {
+    while (Reply<xcb_generic_event_t> event { xcb_poll_for_event(s.c) }) {
         switch (event->response_type & ~0x80) {
         case XCB_KEY_PRESS: {
             const auto *press = reinterpret_cast<const xcb_key_press_event_t *>(event.get());
@@ -236,8 +243,9 @@ void X11KeyGrabber::readEvents()
             const uint16_t relevant = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_SHIFT | s.alt | s.super;
             const uint16_t held = press->state & relevant;
             for (const auto &[id, grab] : s.grabs) {
-                if (grab.modifiers == held &&
-                    std::find(grab.keycodes.begin(), grab.keycodes.end(), press->detail) != grab.keycodes.end()) {
+                if (grab.modifiers == held
+                    && std::find(grab.keycodes.begin(), grab.keycodes.end(), press->detail)
+                        != grab.keycodes.end()) {
                     Q_EMIT pressed(id);
                     break;
                 }
@@ -267,16 +275,18 @@ void X11KeyGrabber::keyboardMapChanged()
     for (const auto &[id, grab] : s.grabs)
         s.ungrabKeys(grab);
     s.readModifierMap();
+    std::vector<std::pair<int, Result>> lost;
     for (auto it = s.grabs.begin(); it != s.grabs.end();) {
         const Result result = s.grabKeys(it->second);
         if (result.ok()) {
             ++it;
             continue;
         }
-        qCCritical(lcKeyGrabber, "after a keyboard map change, %s could not be grabbed again: %s",
-                   qUtf8Printable(it->second.hotkey.displayString()), qUtf8Printable(result.reason));
+        lost.emplace_back(it->first, result);
         it = s.grabs.erase(it);
     }
     qCInfo(lcKeyGrabber, "keyboard map changed; %lld shortcut(s) grabbed again", qlonglong(s.grabs.size()));
     QMetaObject::invokeMethod(this, &X11KeyGrabber::readEvents, Qt::QueuedConnection);
+    for (const auto &[id, result] : lost)
+        Q_EMIT grabLost(id, result.status, result.reason);
 }

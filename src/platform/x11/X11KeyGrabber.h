@@ -3,7 +3,6 @@
 #include "settings/GlobalKeyGrabber.h"
 
 #include <QByteArray>
-
 #include <memory>
 
 // Global shortcuts on X11: a passive grab of each combination on the root

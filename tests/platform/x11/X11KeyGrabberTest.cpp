@@ -8,15 +8,13 @@
 #include <QProcessEnvironment>
 #include <QSignalSpy>
 #include <QStandardPaths>
-
 #include <gtest/gtest.h>
-
 #include <memory>
 
 namespace {
 
-const Hotkey kCtrlShift2{19, Hotkey::commandFlag | Hotkey::shiftFlag};
-const Hotkey kCtrlAltH{4, Hotkey::commandFlag | Hotkey::optionFlag};
+const Hotkey kCtrlShift2 { 19, Hotkey::commandFlag | Hotkey::shiftFlag };
+const Hotkey kCtrlAltH { 4, Hotkey::commandFlag | Hotkey::optionFlag };
 
 // Each test has a server of its own; xdotool and xmodmap play the person at
 // the keyboard.
@@ -41,8 +39,8 @@ protected:
         env.insert(QStringLiteral("DISPLAY"), QString::fromLatin1(server->display()));
         process.setProcessEnvironment(env);
         process.start(program, arguments);
-        return process.waitForFinished(20000) && process.exitStatus() == QProcess::NormalExit &&
-               process.exitCode() == 0;
+        return process.waitForFinished(20000) && process.exitStatus() == QProcess::NormalExit
+            && process.exitCode() == 0;
     }
 
     void needs(const QString &program)
@@ -104,7 +102,7 @@ TEST_F(X11KeyGrabberTest, UngrabGivesTheCombinationBack)
 TEST_F(X11KeyGrabberTest, AKeyTheTableDoesNotKnowIsRefused)
 {
     X11KeyGrabber grabber(server->display());
-    EXPECT_EQ(grabber.grab(2, {110, Hotkey::commandFlag}).status, GlobalKeyGrabber::Result::unknownKey);
+    EXPECT_EQ(grabber.grab(2, { 110, Hotkey::commandFlag }).status, GlobalKeyGrabber::Result::unknownKey);
 }
 
 TEST_F(X11KeyGrabberTest, APressReportsTheIdOfItsCombination)
@@ -114,7 +112,7 @@ TEST_F(X11KeyGrabberTest, APressReportsTheIdOfItsCombination)
     ASSERT_TRUE(grabber.grab(2, kCtrlShift2).ok());
     ASSERT_TRUE(grabber.grab(6, kCtrlAltH).ok());
     QSignalSpy spy(&grabber, &GlobalKeyGrabber::pressed);
-    ASSERT_TRUE(run("xdotool", {"key", "ctrl+alt+h"}));
+    ASSERT_TRUE(run("xdotool", { "key", "ctrl+alt+h" }));
     ASSERT_TRUE(eventually([&] { return spy.count() >= 1; }));
     EXPECT_EQ(spy.at(0).at(0).toInt(), 6);
 }
@@ -123,11 +121,11 @@ TEST_F(X11KeyGrabberTest, ExtraModifiersAreAnotherCombination)
 {
     needs("xdotool");
     X11KeyGrabber grabber(server->display());
-    ASSERT_TRUE(grabber.grab(6, {4, Hotkey::commandFlag}).ok()); // Ctrl+H
+    ASSERT_TRUE(grabber.grab(6, { 4, Hotkey::commandFlag }).ok()); // Ctrl+H
     ASSERT_TRUE(grabber.grab(7, kCtrlShift2).ok());
     QSignalSpy spy(&grabber, &GlobalKeyGrabber::pressed);
     // Ctrl+Alt+H is not grabbed; the following Ctrl+Shift+2 is, and is the only press seen.
-    ASSERT_TRUE(run("xdotool", {"key", "ctrl+alt+h", "ctrl+shift+2"}));
+    ASSERT_TRUE(run("xdotool", { "key", "ctrl+alt+h", "ctrl+shift+2" }));
     ASSERT_TRUE(eventually([&] { return spy.count() >= 1; }));
     EXPECT_EQ(spy.at(0).at(0).toInt(), 7);
     QCoreApplication::processEvents();
@@ -140,12 +138,12 @@ TEST_F(X11KeyGrabberTest, NumLockAndCapsLockDoNotGetInTheWay)
     X11KeyGrabber grabber(server->display());
     ASSERT_TRUE(grabber.grab(2, kCtrlShift2).ok());
     QSignalSpy spy(&grabber, &GlobalKeyGrabber::pressed);
-    ASSERT_TRUE(run("xdotool", {"key", "Num_Lock", "ctrl+shift+2"}));
+    ASSERT_TRUE(run("xdotool", { "key", "Num_Lock", "ctrl+shift+2" }));
     ASSERT_TRUE(eventually([&] { return spy.count() >= 1; }));
-    ASSERT_TRUE(run("xdotool", {"key", "Caps_Lock", "ctrl+shift+2"}));
+    ASSERT_TRUE(run("xdotool", { "key", "Caps_Lock", "ctrl+shift+2" }));
     ASSERT_TRUE(eventually([&] { return spy.count() >= 2; }));
     // Both locks on at once (NumLock is still on).
-    ASSERT_TRUE(run("xdotool", {"key", "ctrl+shift+2"}));
+    ASSERT_TRUE(run("xdotool", { "key", "ctrl+shift+2" }));
     ASSERT_TRUE(eventually([&] { return spy.count() >= 3; }));
     for (const QList<QVariant> &press : spy)
         EXPECT_EQ(press.at(0).toInt(), 2);
@@ -160,10 +158,10 @@ TEST_F(X11KeyGrabberTest, AKeyboardMapChangeMovesTheGrabToTheKeysNewPlace)
     QSignalSpy spy(&grabber, &GlobalKeyGrabber::pressed);
 
     // The "2" leaves its key and moves to keycode 250, as another layout would put it elsewhere.
-    ASSERT_TRUE(run("xmodmap", {"-e", "keycode 11 = F35", "-e", "keycode 250 = 2 at"}));
+    ASSERT_TRUE(run("xmodmap", { "-e", "keycode 11 = F35", "-e", "keycode 250 = 2 at" }));
     ASSERT_TRUE(eventually([&] { return grabber.keyCodeForScanCode(250) == std::optional<uint16_t>(19); }));
 
-    ASSERT_TRUE(run("xdotool", {"key", "ctrl+shift+2"}));
+    ASSERT_TRUE(run("xdotool", { "key", "ctrl+shift+2" }));
     ASSERT_TRUE(eventually([&] { return spy.count() >= 1; }));
     EXPECT_EQ(spy.at(0).at(0).toInt(), 2);
 }
