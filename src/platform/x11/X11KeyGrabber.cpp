@@ -121,7 +121,10 @@ struct X11KeyGrabber::State
             for (uint16_t extra : lockVariants())
                 xcb_ungrab_key(c, code, root, grab.modifiers | extra);
         }
-        xcb_flush(c);
+        // A round trip: once this returns the server has let go, so another
+        // program that asks next gets the combination.
+        [[maybe_unused]] const Reply<xcb_get_input_focus_reply_t> focus(
+            xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
     }
 
     // Every variant of every key, checked; the first refusal undoes the rest.
