@@ -4,6 +4,8 @@
 #include "app/CaptureCoordinator.h"
 #include "history/HistoryStore.h"
 #include "app/CaptureVerb.h"
+#include "app/HangupNotifier.h"
+#include "app/HotkeyManager.h"
 #include "app/ScriptedRegionSelector.h"
 #include "appbase/InProcessNotices.h"
 #include "overlay/RegionSelector.h"
@@ -46,6 +48,7 @@ void AppDelegate::applicationDidFinishLaunching()
     m_singleInstance.onHandOff([] { qCInfo(lcAppDelegate) << "another launch handed off to this copy"; });
 
     buildCaptureCoordinator();
+    buildHotkeys();
     registerCommands();
     startCommandChannel();
 
@@ -71,8 +74,31 @@ void AppDelegate::logDisplays() const
            qUtf8Printable(displays.join(u", ")));
 }
 
+void AppDelegate::buildHotkeys()
+{
+    if (const QString why = m_desktop.keys->unavailableReason(); !why.isEmpty()) {
+        qCWarning(lcAppDelegate, "global shortcuts are off: %s; they still work in glimpso's own windows, and "
+                                 "every action is a command (glimpso region, glimpso all) for the desktop's "
+                                 "shortcut settings", qUtf8Printable(why));
+    }
+    m_hotkeys = std::make_unique<HotkeyManager>(HotkeyManager::coordinatorActions(*m_coordinator), m_settings,
+                                                *m_desktop.keys);
+    m_hotkeys->registerHotkeys();
+
+    // The settings file edited by hand takes effect on SIGHUP, as daemons do.
+    m_hangup = std::make_unique<HangupNotifier>();
+    m_hangup->onHangup = [this] {
+        qCInfo(lcAppDelegate, "hangup signal: reading the shortcuts from the settings file again");
+        m_settings.reloadShortcuts();
+    };
+}
+
 void AppDelegate::applicationWillTerminate()
 {
+    // Only the hotkeys are given back; a recording in progress is left to
+    // the next launch's recovery.
+    if (m_hotkeys)
+        m_hotkeys->unregisterHotkeys();
     // Leave the bus first, so a new launch in these last moments starts afresh
     // instead of handing off to a copy that is going away.
     m_channel.withdraw();

@@ -15,6 +15,8 @@ struct CaptureVerb;
 class AppSettings;
 class CaptureCoordinator;
 class HistoryStore;
+class HangupNotifier;
+class HotkeyManager;
 class LoggingNotifier;
 class OutputService;
 class ShutterSound;
@@ -39,6 +41,8 @@ public:
     void applicationWillTerminate();
 
     CommandRouter &commands() { return m_commands; }
+    // Absent before launch has finished.
+    HotkeyManager *hotkeys() { return m_hotkeys.get(); }
     // Subsystems that can be driven by an environment variable at launch add themselves here.
     void addLaunchFeature(LaunchEnvironment::Feature feature, LaunchFeature run);
 
@@ -46,6 +50,7 @@ private:
     void logDisplays() const;
     void registerCommands();
     void buildCaptureCoordinator();
+    void buildHotkeys();
     CommandRouter::Reply runCaptureVerb(const QStringList &arguments);
     CommandRouter::Reply runInteractiveCapture(const CaptureVerb &verb);
     void startCommandChannel();
@@ -64,4 +69,6 @@ private:
     std::unique_ptr<ShutterSound> m_shutter;
     std::unique_ptr<HistoryStore> m_history;
     std::unique_ptr<CaptureCoordinator> m_coordinator;
+    std::unique_ptr<HotkeyManager> m_hotkeys;
+    std::unique_ptr<HangupNotifier> m_hangup;
 };

@@ -3,13 +3,14 @@
 #include "acquire/CaptureServicing.h"
 #include "acquire/FocusKeeper.h"
 #include "acquire/ScreenList.h"
+#include "settings/GlobalKeyGrabber.h"
 
 #include <QString>
 
 #include <memory>
 
 // What the coordinator needs from the desktop it runs on: pictures of the
-// displays, the displays themselves, and the focus. The build picks the
+// displays, the displays themselves, the focus, and the global shortcuts. The build picks the
 // implementation (X11 now); a build without one gets a backend that answers
 // politely that it cannot capture.
 struct DesktopBackend {
@@ -17,6 +18,8 @@ struct DesktopBackend {
     std::unique_ptr<CaptureServicing> capture;
     std::unique_ptr<ScreenList> screens;
     std::unique_ptr<FocusKeeper> focus;
+    // Never null: where shortcuts cannot be grabbed, a grabber that says why.
+    std::unique_ptr<GlobalKeyGrabber> keys;
 
     static DesktopBackend load();
 };

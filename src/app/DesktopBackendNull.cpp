@@ -1,6 +1,7 @@
 #include "app/DesktopBackend.h"
 
 #include "appbase/AppError.h"
+#include "settings/NullKeyGrabber.h"
 
 namespace {
 
@@ -43,5 +44,6 @@ DesktopBackend DesktopBackend::load()
     backend.capture = std::make_unique<NoCapture>();
     backend.screens = std::make_unique<NoScreens>();
     backend.focus = std::make_unique<NoFocus>();
+    backend.keys = std::make_unique<NullKeyGrabber>(QStringLiteral("this build of glimpso has no desktop backend"));
     return backend;
 }

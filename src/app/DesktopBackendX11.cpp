@@ -2,7 +2,11 @@
 
 #include "platform/x11/CaptureService.h"
 #include "platform/x11/X11FocusKeeper.h"
+#include "platform/x11/X11KeyGrabber.h"
 #include "platform/x11/X11ScreenList.h"
+#include "settings/NullKeyGrabber.h"
+
+#include <QGuiApplication>
 
 DesktopBackend DesktopBackend::load()
 {
@@ -11,5 +15,15 @@ DesktopBackend DesktopBackend::load()
     backend.capture = std::make_unique<CaptureService>(QByteArray(), &X11ScreenList::rootPixels);
     backend.screens = std::make_unique<X11ScreenList>();
     backend.focus = std::make_unique<X11FocusKeeper>();
+    // Grabs on an X server only reach the desktop when the desktop is that
+    // server; under Wayland's X11 bridge they would see X11 windows only.
+    if (QGuiApplication::platformName() != QLatin1String("xcb")) {
+        backend.keys = std::make_unique<NullKeyGrabber>(
+            QStringLiteral("the desktop is not X11 (Qt platform \"%1\")").arg(QGuiApplication::platformName()));
+    } else if (auto grabber = std::make_unique<X11KeyGrabber>(); grabber->isConnected()) {
+        backend.keys = std::move(grabber);
+    } else {
+        backend.keys = std::make_unique<NullKeyGrabber>(QStringLiteral("the X server cannot be reached"));
+    }
     return backend;
 }

@@ -77,6 +77,14 @@ void AppSettings::setEditorShortcut(EditorShortcut shortcut, const Hotkey &hotke
     editorShortcuts.set(map);
 }
 
+void AppSettings::reloadShortcuts()
+{
+    m_storage.reread();
+    for (Setting<Hotkey> *hotkey : globalHotkeys())
+        hotkey->reload();
+    editorShortcuts.reload();
+}
+
 void AppSettings::resetShortcuts()
 {
     for (Setting<Hotkey> *hotkey : {&hotkeyRegion, &hotkeyAllDisplays, &hotkeyText, &hotkeyWindow, &hotkeyHistory,

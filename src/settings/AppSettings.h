@@ -120,6 +120,9 @@ public:
     void setEditorShortcut(EditorShortcut shortcut, const Hotkey &hotkey);
 
     void resetShortcuts();
+    // Reads the eleven global shortcuts and the editor shortcuts from the
+    // store again (the file edited by hand); each that changed is published.
+    void reloadShortcuts();
     void resetAppearance();
 
     void setSaveDirectory(const QString &path);

@@ -31,6 +31,29 @@ Qt::KeyboardModifiers qtModifiers(uint64_t flags)
     return mods;
 }
 
+// With Shift held, Qt reports the character the key types ("@" for Shift+2 on
+// a US keyboard); stored shortcuts name the key. The US pairs cover the
+// common layouts; a layout that differs is resolved by the display server's
+// own key map where the caller has one (GlobalKeyGrabber::keyCodeForScanCode).
+Qt::Key unshifted(Qt::Key key)
+{
+    static constexpr std::pair<Qt::Key, Qt::Key> pairs[] = {
+        {Qt::Key_Exclam, Qt::Key_1},      {Qt::Key_At, Qt::Key_2},          {Qt::Key_NumberSign, Qt::Key_3},
+        {Qt::Key_Dollar, Qt::Key_4},      {Qt::Key_Percent, Qt::Key_5},     {Qt::Key_AsciiCircum, Qt::Key_6},
+        {Qt::Key_Ampersand, Qt::Key_7},   {Qt::Key_Asterisk, Qt::Key_8},    {Qt::Key_ParenLeft, Qt::Key_9},
+        {Qt::Key_ParenRight, Qt::Key_0},  {Qt::Key_Underscore, Qt::Key_Minus}, {Qt::Key_Plus, Qt::Key_Equal},
+        {Qt::Key_BraceLeft, Qt::Key_BracketLeft}, {Qt::Key_BraceRight, Qt::Key_BracketRight},
+        {Qt::Key_Colon, Qt::Key_Semicolon}, {Qt::Key_QuoteDbl, Qt::Key_Apostrophe}, {Qt::Key_Less, Qt::Key_Comma},
+        {Qt::Key_Greater, Qt::Key_Period}, {Qt::Key_Question, Qt::Key_Slash}, {Qt::Key_Bar, Qt::Key_Backslash},
+        {Qt::Key_AsciiTilde, Qt::Key_QuoteLeft}, {Qt::Key_Backtab, Qt::Key_Tab},
+    };
+    for (const auto &[shifted, plain] : pairs) {
+        if (shifted == key)
+            return plain;
+    }
+    return key;
+}
+
 std::optional<uint64_t> jsonUnsigned(const QJsonValue &value)
 {
     if (!value.isDouble())
@@ -90,9 +113,17 @@ QKeySequence Hotkey::keySequence() const
 
 std::optional<Hotkey> Hotkey::fromKeyEvent(int qtKey, Qt::KeyboardModifiers modifiers)
 {
-    const KeyTableEntry *entry = KeyTable::byQtKey(Qt::Key(qtKey), modifiers.testFlag(Qt::KeypadModifier));
+    const bool keypad = modifiers.testFlag(Qt::KeypadModifier);
+    const KeyTableEntry *entry = KeyTable::byQtKey(Qt::Key(qtKey), keypad);
+    if (!entry && modifiers.testFlag(Qt::ShiftModifier) && !keypad)
+        entry = KeyTable::byQtKey(unshifted(Qt::Key(qtKey)), false);
     if (!entry)
         return std::nullopt;
+    return withModifiers(entry->code, modifiers);
+}
+
+Hotkey Hotkey::withModifiers(uint16_t keyCode, Qt::KeyboardModifiers modifiers)
+{
     uint64_t flags = 0;
     if (modifiers & Qt::ControlModifier)
         flags |= commandFlag;
@@ -102,7 +133,7 @@ std::optional<Hotkey> Hotkey::fromKeyEvent(int qtKey, Qt::KeyboardModifiers modi
         flags |= shiftFlag;
     if (modifiers & Qt::MetaModifier)
         flags |= controlFlag;
-    return Hotkey{entry->code, flags};
+    return Hotkey{keyCode, flags};
 }
 
 QJsonObject Hotkey::toJson() const

@@ -41,7 +41,10 @@ struct Hotkey {
     // QKeySequence-based UI; empty when unassigned or the code is unknown.
     QKeySequence keySequence() const;
     // The shortcut of a Qt key press, if the key is in the table.
+    // Shift+2 arriving as "@" still reads as Shift and the "2" key.
     static std::optional<Hotkey> fromKeyEvent(int qtKey, Qt::KeyboardModifiers modifiers);
+    // A known key code with the modifier bits of Qt's modifiers.
+    static Hotkey withModifiers(uint16_t keyCode, Qt::KeyboardModifiers modifiers);
 
     QJsonObject toJson() const;
     QByteArray toJsonText() const;

@@ -55,3 +55,9 @@ void IniSettingsStorage::flush()
                                   << "- changes are kept for this session only";
     }
 }
+
+void IniSettingsStorage::reread()
+{
+    // QSettings reads the file again when it changed on disk since it was read.
+    m_settings.sync();
+}

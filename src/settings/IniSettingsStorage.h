@@ -20,6 +20,7 @@ public:
     QVariant value(const QString &key) const override;
     void setValue(const QString &key, const QVariant &value) override;
     void remove(const QString &key) override;
+    void reread() override;
 
 private:
     void flush();

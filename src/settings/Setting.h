@@ -47,6 +47,17 @@ public:
 
     void reset() { set(m_default); }
 
+    // Reads the stored value again, for a file edited by hand while glimpso
+    // runs; a value that differs is published like an assignment.
+    void reload()
+    {
+        T fresh = load();
+        if (fresh == m_value)
+            return;
+        m_value = std::move(fresh);
+        m_notify(m_key);
+    }
+
 private:
     T load() const
     {

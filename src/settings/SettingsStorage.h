@@ -13,4 +13,6 @@ public:
     virtual QVariant value(const QString &key) const = 0;
     virtual void setValue(const QString &key, const QVariant &value) = 0;
     virtual void remove(const QString &key) = 0;
+    // Picks up what another program wrote to the store since it was read.
+    virtual void reread() {}
 };

@@ -34,6 +34,7 @@ e2e_log() { printf '[e2e %s] %s\n' "$(date +%T)" "$*" >&2; }
 
 e2e_dump_logs() {
   local f
+  [ -n "${E2E_WITNESS_FILE:-}" ] && printf -- '----- the key witness received -----\n%s\n' "$(cat -A "$E2E_WITNESS_FILE")" >&2
   for f in "$E2E_DIR"/*.log; do
     [ -s "$f" ] || continue
     printf -- '----- %s -----\n' "$(basename "$f")" >&2
@@ -226,3 +227,32 @@ drag() {
   xdotool mousemove --sync "$3" "$4" mouseup 1
 }
 clipboard() { xclip -o -selection clipboard -t "${1:-UTF8_STRING}"; }
+
+# start_key_witness FILE: an xterm, focused, that writes every key it receives
+# to FILE as `cat -v` shows it (Escape is ^[, Ctrl+Shift+2 is ^@), so a case can
+# tell which presses reached another program and which were taken by glimpso.
+# A later plain key that arrives proves the earlier presses had their turn.
+start_key_witness() {
+  local file=$1
+  E2E_WITNESS_FILE=$file
+  : >"$file"
+  xterm -title glimpso-key-witness -geometry 60x10+40+40 \
+    -e bash -c "stty raw -echo; exec cat -v >'$file'" >>"$E2E_DIR/xterm.log" 2>&1 &
+  E2E_PIDS+=($!)
+  wait_for_window glimpso-key-witness 20
+  E2E_WITNESS_WINDOW=$(xdotool search --onlyvisible --name glimpso-key-witness | head -n1)
+  xdotool windowactivate --sync "$E2E_WITNESS_WINDOW" 2>/dev/null || xdotool windowfocus --sync "$E2E_WITNESS_WINDOW"
+  # The terminal is ready when a key typed into it comes out.
+  wait_for "the key witness to take keys" 20 witness_echoes "$file"
+}
+witness_echoes() { xdotool key period; grep -q '\.' "$1"; }
+# witness_mark FILE WORD: types WORD into the focused window and waits until the
+# witness has it; every key pressed before is then in FILE, or never will be.
+witness_mark() { xdotool type --delay 20 "$2"; wait_for "'$2' at the key witness" 20 grep -q "$2" "$1"; }
+
+# glimpso_logged TEXT: glimpso's log has a line with TEXT.
+glimpso_logged() { grep -qF -- "$1" "$GLIMPSO_LOG"; }
+# wait_for_log TEXT SECONDS
+wait_for_log() { wait_for "'$1' in glimpso's log" "$2" glimpso_logged "$1"; }
+# log_count TEXT: how many lines of glimpso's log have TEXT.
+log_count() { grep -cF -- "$1" "$GLIMPSO_LOG" || true; }

@@ -3,6 +3,7 @@
 #include "SettingsTestSupport.h"
 
 #include <QFile>
+#include <QSettings>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <gtest/gtest.h>
@@ -250,6 +251,29 @@ TEST_F(AppSettingsTest, HotkeysChangedFiresOnlyOnRealChangesOfGlobalHotkeys)
     s->setEditorShortcut(EditorShortcut::copy, Hotkey{7, Hotkey::commandFlag});
     s->strokeWidth.set(9);
     EXPECT_EQ(spy.count(), 1);
+}
+
+TEST_F(AppSettingsTest, ReloadShortcutsPicksUpTheFileEditedByHand)
+{
+    auto s = make();
+    QSignalSpy hotkeys(s.get(), &AppSettings::hotkeysChanged);
+    QSignalSpy changed(s.get(), &AppSettings::changed);
+    {
+        // Another program writes the file, as a person with an editor would.
+        QSettings other(file.path, QSettings::IniFormat);
+        other.setValue("settings.hotkey.region", R"({"keyCode":20,"modifierFlagsRaw":1179648})");
+        other.setValue("settings.hotkey.editor", R"({"copy":{"keyCode":40,"modifierFlagsRaw":1048576}})");
+    }
+    s->reloadShortcuts();
+    EXPECT_EQ(s->hotkeyRegion(), (Hotkey{20, 0x120000}));
+    EXPECT_EQ(s->editorShortcut(EditorShortcut::copy), (Hotkey{40, Hotkey::commandFlag}));
+    EXPECT_EQ(hotkeys.count(), 1);
+    EXPECT_EQ(changed.count(), 2);
+
+    // Nothing new: nothing published.
+    s->reloadShortcuts();
+    EXPECT_EQ(hotkeys.count(), 1);
+    EXPECT_EQ(changed.count(), 2);
 }
 
 TEST_F(AppSettingsTest, ChangedNamesTheKey)

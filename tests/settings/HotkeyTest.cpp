@@ -1,4 +1,5 @@
 #include "settings/Hotkey.h"
+#include "settings/KeyTable.h"
 
 #include <QJsonDocument>
 #include <gtest/gtest.h>
@@ -111,6 +112,40 @@ TEST(Hotkey, KeyEventMapsBackToTheStoredForm)
     EXPECT_EQ(Hotkey::fromKeyEvent(Qt::Key_Print, Qt::NoModifier), (Hotkey{0x8001, 0}));
     EXPECT_EQ(Hotkey::fromKeyEvent(Qt::Key_5, Qt::KeypadModifier), (Hotkey{0x8015, 0}));
     EXPECT_FALSE(Hotkey::fromKeyEvent(Qt::Key_VolumeUp, Qt::NoModifier));
+}
+
+TEST(Hotkey, ShiftedCharacterReadsAsTheKeyUnderIt)
+{
+    // What Qt reports for Ctrl+Shift+2 and Shift+1 on a US keyboard.
+    EXPECT_EQ(Hotkey::fromKeyEvent(Qt::Key_At, Qt::ControlModifier | Qt::ShiftModifier), (Hotkey{19, 0x120000}));
+    EXPECT_EQ(Hotkey::fromKeyEvent(Qt::Key_Exclam, Qt::ShiftModifier), (Hotkey{18, Hotkey::shiftFlag}));
+    EXPECT_EQ(Hotkey::fromKeyEvent(Qt::Key_Question, Qt::ShiftModifier), (Hotkey{44, Hotkey::shiftFlag}));
+    EXPECT_EQ(Hotkey::fromKeyEvent(Qt::Key_Backtab, Qt::ShiftModifier), (Hotkey{48, Hotkey::shiftFlag}));
+    // Without Shift an "@" is no key of the table.
+    EXPECT_FALSE(Hotkey::fromKeyEvent(Qt::Key_At, Qt::ControlModifier));
+}
+
+TEST(Hotkey, EveryCodeWithEveryModifierRoundTripsThroughQt)
+{
+    const uint64_t bits[] = {Hotkey::shiftFlag, Hotkey::controlFlag, Hotkey::optionFlag, Hotkey::commandFlag};
+    int checked = 0;
+    for (const KeyTableEntry &entry : KeyTable::entries()) {
+        for (int mask = 0; mask < 16; ++mask) {
+            uint64_t flags = 0;
+            for (int bit = 0; bit < 4; ++bit) {
+                if (mask & (1 << bit))
+                    flags |= bits[bit];
+            }
+            const Hotkey hotkey{entry.code, flags};
+            const QKeySequence sequence = hotkey.keySequence();
+            ASSERT_EQ(sequence.count(), 1) << entry.code;
+            const QKeyCombination combination = sequence[0];
+            EXPECT_EQ(Hotkey::fromKeyEvent(combination.key(), combination.keyboardModifiers()), hotkey)
+                << entry.code << " flags " << flags;
+            ++checked;
+        }
+    }
+    EXPECT_EQ(checked, int(KeyTable::entries().size()) * 16);
 }
 
 } // namespace
