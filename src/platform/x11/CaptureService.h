@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/x11/ShmSegmentPool.h"
 #include "platform/x11/X11Connection.h"
 
 #include "acquire/CaptureServicing.h"
@@ -15,8 +16,9 @@
 struct xcb_connection_t;
 
 // Frozen pictures of displays on an X server: the root window's pixels under
-// a display's rectangle, through shared memory when the server offers it
-// (one copy less for a 4K screen) and a plain GetImage otherwise.
+// a display's rectangle, written by the server straight into shared memory
+// that is kept from one capture to the next, and read with a plain GetImage
+// where the server cannot share memory with us.
 //
 // The service holds its own connection, so shots can run on a worker thread
 // without touching the GUI's.
@@ -34,8 +36,14 @@ public:
     QFuture<QImage> captureDisplay(std::uint32_t displayID) override;
     QFuture<QImage> captureDisplayHidingDesktopIcons(std::uint32_t displayID, double scale) override;
 
-    // Tests use it to drive the GetImage route on a server that has MIT-SHM.
+    // Tests use these to drive the other routes on a server that has them all:
+    // without shared memory, GetImage; without server-side drawing, the
+    // server's copy into shared memory (ShmGetImage).
     void setSharedMemoryAllowed(bool allowed);
+    void setRenderAllowed(bool allowed);
+    // The shared blocks kept now, and made since the start.
+    int sharedBlockCount();
+    int sharedBlocksMade();
 
     // The pixels of `rect` on the root window, on the calling thread. Throws
     // AppError captureFailed.
@@ -47,11 +55,25 @@ private:
     // grab() for a display: a display that is not on the desktop, or a
     // picture the server refuses, fails with the display's own text.
     QImage grabDisplay(std::uint32_t displayID, const std::optional<QRect> &rect);
-    std::optional<QImage> grabShared(xcb_connection_t *c, unsigned root, const QRect &rect);
+    std::optional<QImage> grabShared(xcb_connection_t *c, const QRect &rect);
     std::optional<QImage> grabPlain(xcb_connection_t *c, unsigned root, const QRect &rect);
+    // Whether the server can draw the root into a 32-bit picture of ours; the
+    // formats it needs are asked once per connection.
+    bool canRender(xcb_connection_t *c);
+    bool renderInto(xcb_connection_t *c, const ShmSegmentPool::Lease &lease, const QRect &rect);
+
+    struct RenderFormats {
+        quint64 generation = 0;
+        bool usable = false;
+        std::uint32_t root = 0;
+        std::uint32_t argb32 = 0;
+    };
 
     X11Connection m_x;
     DisplayLocator m_locator;
     QMutex m_mutex;
+    ShmSegmentPool m_pool;
+    RenderFormats m_render;
     bool m_sharedMemoryAllowed = true;
+    bool m_renderAllowed = true;
 };
