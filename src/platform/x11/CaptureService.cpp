@@ -80,7 +80,31 @@ CaptureService::CaptureService(QByteArray displayName, DisplayLocator locator)
 {
 }
 
-CaptureService::~CaptureService() = default;
+// A preparation still running uses this service.
+CaptureService::~CaptureService() { m_prepared.waitForFinished(); }
+
+QFuture<void> CaptureService::prepare(QList<QRect> rects)
+{
+    m_prepared = QtConcurrent::run([this, rects] {
+        // All held until each display has its own block.
+        QList<QImage> held;
+        for (const QRect &rect : rects) {
+            try {
+                held << grab(rect);
+            } catch (const AppError &error) {
+                qCInfo(lcCaptureService, "no block made ready ahead: %s", qUtf8Printable(error.errorDescription()));
+            }
+        }
+        // The server has written every page; reading one byte of each maps
+        // them here too, so the first reader of a picture does not pay for it.
+        for (const QImage &image : held) {
+            const volatile uchar *bytes = image.constBits();
+            for (qsizetype i = 0; i < image.sizeInBytes(); i += 4096)
+                (void)bytes[i];
+        }
+    });
+    return m_prepared;
+}
 
 void CaptureService::setSharedMemoryAllowed(bool allowed)
 {

@@ -6,6 +6,7 @@
 #include "acquire/CaptureServicing.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QMutex>
 #include <QRect>
 
@@ -34,6 +35,12 @@ public:
     ~CaptureService() override;
 
     QFuture<QImage> captureDisplay(std::uint32_t displayID) override;
+
+    // Makes a block ready for each of these rectangles of the root window,
+    // mapped on both sides, so that the first capture after start-up is as
+    // quick as the later ones. Runs on a worker and returns at once; the
+    // future finishes when the blocks are ready and free.
+    QFuture<void> prepare(QList<QRect> rects);
     QFuture<QImage> captureDisplayHidingDesktopIcons(std::uint32_t displayID, double scale) override;
 
     // Tests use these to drive the other routes on a server that has them all:
@@ -71,6 +78,7 @@ private:
 
     X11Connection m_x;
     DisplayLocator m_locator;
+    QFuture<void> m_prepared;
     QMutex m_mutex;
     ShmSegmentPool m_pool;
     RenderFormats m_render;

@@ -294,6 +294,16 @@ TEST_F(CaptureServiceTest, TwoDisplaysHeldTogetherUseTwoBlocksEveryCapture)
     EXPECT_EQ(service->sharedBlockCount(), 2);
 }
 
+TEST_F(CaptureServiceTest, BlocksMadeReadyAheadServeTheFirstCaptures)
+{
+    service->prepare({QRect(0, 0, 160, 240), QRect(160, 0, 160, 240)}).waitForFinished();
+    EXPECT_EQ(service->sharedBlockCount(), 2);
+    const QImage left = capture(1);
+    const QImage right = capture(2);
+    expectKnownPixels(left, right);
+    EXPECT_EQ(service->sharedBlocksMade(), 2);
+}
+
 TEST_F(CaptureServiceTest, GetImageGivesTheSamePixels)
 {
     service->setSharedMemoryAllowed(false);
