@@ -90,7 +90,9 @@ QFuture<void> CaptureService::prepare(QList<QRect> rects)
         QList<QImage> held;
         for (const QRect &rect : rects) {
             try {
-                held << grab(rect);
+                // Only shared memory is kept: a server that cannot share
+                // (a remote one) would send whole screens for nothing.
+                held << grab(rect, false);
             } catch (const AppError &error) {
                 qCInfo(lcCaptureService, "no block made ready ahead: %s", qUtf8Printable(error.errorDescription()));
             }
@@ -170,6 +172,11 @@ QFuture<QImage> CaptureService::captureDisplayHidingDesktopIcons(std::uint32_t d
 
 QImage CaptureService::grab(const QRect &requested)
 {
+    return grab(requested, true);
+}
+
+QImage CaptureService::grab(const QRect &requested, bool plainAllowed)
+{
     QMutexLocker lock(&m_mutex);
     xcb_connection_t *c = m_x.get();
     if (!c)
@@ -187,7 +194,7 @@ QImage CaptureService::grab(const QRect &requested)
     std::optional<QImage> image;
     if (m_sharedMemoryAllowed)
         image = grabShared(c, rect);
-    if (!image)
+    if (!image && plainAllowed)
         image = grabPlain(c, screen->root, rect);
     if (!image)
         throw AppError::captureFailed(QStringLiteral("the X server sent no pixels"));

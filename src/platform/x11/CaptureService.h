@@ -59,6 +59,8 @@ public:
     bool hasDesktopWindows();
 
 private:
+    // grab(), without falling back to GetImage unless `plainAllowed`.
+    QImage grab(const QRect &rect, bool plainAllowed);
     // grab() for a display: a display that is not on the desktop, or a
     // picture the server refuses, fails with the display's own text.
     QImage grabDisplay(std::uint32_t displayID, const std::optional<QRect> &rect);

@@ -304,6 +304,14 @@ TEST_F(CaptureServiceTest, BlocksMadeReadyAheadServeTheFirstCaptures)
     EXPECT_EQ(service->sharedBlocksMade(), 2);
 }
 
+TEST_F(CaptureServiceTest, WithoutSharedMemoryNothingIsMadeReadyAhead)
+{
+    service->setSharedMemoryAllowed(false);
+    service->prepare({QRect(0, 0, 160, 240)}).waitForFinished();
+    EXPECT_EQ(service->sharedBlockCount(), 0);
+    EXPECT_EQ(capture(1).pixel(20, 30), qRgb(0, 255, 0));
+}
+
 TEST_F(CaptureServiceTest, GetImageGivesTheSamePixels)
 {
     service->setSharedMemoryAllowed(false);
