@@ -234,12 +234,16 @@ bool CaptureService::canRender(xcb_connection_t *c)
         return m_render.usable;
     m_render = RenderFormats{m_x.generation(), false, 0, 0};
     const xcb_query_extension_reply_t *extension = xcb_get_extension_data(c, &xcb_render_id);
-    if (!extension || !extension->present)
+    if (!extension || !extension->present) {
+        qCInfo(lcCaptureService, "snapshots: the server copies them into shared memory (no Render)");
         return false;
+    }
     // Pixmaps on our memory: the server draws where we read.
     auto shm = reply(xcb_shm_query_version_reply(c, xcb_shm_query_version(c), nullptr));
-    if (!shm || !shm->shared_pixmaps || shm->pixmap_format != XCB_IMAGE_FORMAT_Z_PIXMAP)
+    if (!shm || !shm->shared_pixmaps || shm->pixmap_format != XCB_IMAGE_FORMAT_Z_PIXMAP) {
+        qCInfo(lcCaptureService, "snapshots: the server copies them into shared memory (no shared pixmaps)");
         return false;
+    }
     auto formats = reply(xcb_render_query_pict_formats_reply(c, xcb_render_query_pict_formats(c), nullptr));
     if (!formats)
         return false;
@@ -260,6 +264,8 @@ bool CaptureService::canRender(xcb_connection_t *c)
             m_render.argb32 = f.data->id;
     }
     m_render.usable = m_render.root != 0 && m_render.argb32 != 0;
+    qCInfo(lcCaptureService, m_render.usable ? "snapshots: the server draws them into shared memory"
+                                             : "snapshots: the server copies them into shared memory (no ARGB32 Render format)");
     return m_render.usable;
 }
 
