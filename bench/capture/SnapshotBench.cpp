@@ -3,11 +3,12 @@
 //   glimpso-snapshot-bench WIDTH HEIGHT
 //       one picture: timed from outside as a whole command, process start
 //       included, so that it compares fairly with `xwd -root`;
-//   glimpso-snapshot-bench WIDTH HEIGHT --repeat N
+//   glimpso-snapshot-bench WIDTH HEIGHT --repeat N [--prepared]
 //       N pictures in this one process, as the running tray copy takes them
 //       one capture after another; prints the first one's milliseconds and
 //       the median of the others', each from asking for the picture to having
-//       it in memory.
+//       it in memory. With --prepared the display's memory is made ready
+//       first, untimed, as the running copy does at start-up.
 #include "platform/x11/CaptureService.h"
 
 #include <QCoreApplication>
@@ -47,6 +48,8 @@ int main(int argc, char **argv)
     CaptureService service({}, [size](std::uint32_t) { return QRect(QPoint(0, 0), size); });
     if (repeat <= 1)
         return takeOne(service, size) ? 0 : 1;
+    if (arguments.value(5) == QLatin1String("--prepared"))
+        service.prepare({QRect(QPoint(0, 0), size)}).waitForFinished();
 
     std::vector<double> milliseconds;
     for (int i = 0; i < repeat; ++i) {
