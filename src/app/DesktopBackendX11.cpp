@@ -12,8 +12,17 @@ DesktopBackend DesktopBackend::load()
 {
     DesktopBackend backend;
     backend.name = QStringLiteral("X11");
-    backend.capture = std::make_unique<CaptureService>(QByteArray(), &X11ScreenList::rootPixels);
+    auto capture = std::make_unique<CaptureService>(QByteArray(), &X11ScreenList::rootPixels);
     backend.screens = std::make_unique<X11ScreenList>();
+    // Memory for every display's picture made ready now rather than at the
+    // first capture, which would otherwise wait for it.
+    QList<QRect> rects;
+    for (const ScreenList::Screen &screen : backend.screens->screens())
+        if (screen.displayID)
+            if (const std::optional<QRect> rect = X11ScreenList::rootPixels(*screen.displayID))
+                rects << *rect;
+    capture->prepare(rects);
+    backend.capture = std::move(capture);
     backend.focus = std::make_unique<X11FocusKeeper>();
     // Grabs on an X server only reach the desktop when the desktop is that
     // server; under Wayland's X11 bridge they would see X11 windows only.

@@ -6,11 +6,9 @@
 #include <QMutexLocker>
 #include <QtConcurrent>
 
+#include <xcb/render.h>
 #include <xcb/shm.h>
 #include <xcb/xcb.h>
-
-#include <sys/ipc.h>
-#include <sys/shm.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -54,8 +52,10 @@ bool hasRgb32Layout(xcb_connection_t *c, std::uint8_t depth)
 }
 
 // X leaves the unused top byte of each 32-bit pixel at 0, while QImage's
-// RGB32 promises 0xff there; a picture drawn onto a transparent canvas would
-// vanish otherwise.
+// RGB32 promises 0xff there: drawn onto a canvas with alpha (the compositor's,
+// a translucent window's) such a picture would vanish. Only the routes where
+// the server copies raw pixels need this; the Render route gets 0xff from the
+// server.
 void makeOpaque(uchar *pixels, std::size_t count)
 {
     auto *words = reinterpret_cast<std::uint32_t *>(pixels);
@@ -63,14 +63,14 @@ void makeOpaque(uchar *pixels, std::size_t count)
         words[i] |= 0xff000000u;
 }
 
-struct SharedSegment {
-    void *address;
-};
-
-void detachSegment(void *info)
+// A direct picture format of 8-bit red, green and blue at the usual shifts;
+// with `alpha`, 8-bit alpha on top, otherwise none.
+bool isRgbFormat(const xcb_render_pictforminfo_t &format, bool alpha)
 {
-    shmdt(static_cast<SharedSegment *>(info)->address);
-    delete static_cast<SharedSegment *>(info);
+    const xcb_render_directformat_t &d = format.direct;
+    return format.type == XCB_RENDER_PICT_TYPE_DIRECT && d.red_shift == 16 && d.red_mask == 0xff &&
+           d.green_shift == 8 && d.green_mask == 0xff && d.blue_shift == 0 && d.blue_mask == 0xff &&
+           (alpha ? d.alpha_shift == 24 && d.alpha_mask == 0xff : d.alpha_mask == 0);
 }
 
 } // namespace
@@ -80,12 +80,56 @@ CaptureService::CaptureService(QByteArray displayName, DisplayLocator locator)
 {
 }
 
-CaptureService::~CaptureService() = default;
+// A preparation still running uses this service.
+CaptureService::~CaptureService() { m_prepared.waitForFinished(); }
+
+QFuture<void> CaptureService::prepare(QList<QRect> rects)
+{
+    m_prepared = QtConcurrent::run([this, rects] {
+        // All held until each display has its own block.
+        QList<QImage> held;
+        for (const QRect &rect : rects) {
+            try {
+                // Only shared memory is kept: a server that cannot share
+                // (a remote one) would send whole screens for nothing.
+                held << grab(rect, false);
+            } catch (const AppError &error) {
+                qCInfo(lcCaptureService, "no block made ready ahead: %s", qUtf8Printable(error.errorDescription()));
+            }
+        }
+        // The server has written every page; reading one byte of each maps
+        // them here too, so the first reader of a picture does not pay for it.
+        for (const QImage &image : held) {
+            const volatile uchar *bytes = image.constBits();
+            for (qsizetype i = 0; i < image.sizeInBytes(); i += 4096)
+                (void)bytes[i];
+        }
+    });
+    return m_prepared;
+}
 
 void CaptureService::setSharedMemoryAllowed(bool allowed)
 {
     QMutexLocker lock(&m_mutex);
     m_sharedMemoryAllowed = allowed;
+}
+
+void CaptureService::setRenderAllowed(bool allowed)
+{
+    QMutexLocker lock(&m_mutex);
+    m_renderAllowed = allowed;
+}
+
+int CaptureService::sharedBlockCount()
+{
+    QMutexLocker lock(&m_mutex);
+    return m_pool.blockCount();
+}
+
+int CaptureService::sharedBlocksMade()
+{
+    QMutexLocker lock(&m_mutex);
+    return m_pool.blocksMade();
 }
 
 QImage CaptureService::grabDisplay(std::uint32_t displayID, const std::optional<QRect> &rect)
@@ -128,6 +172,11 @@ QFuture<QImage> CaptureService::captureDisplayHidingDesktopIcons(std::uint32_t d
 
 QImage CaptureService::grab(const QRect &requested)
 {
+    return grab(requested, true);
+}
+
+QImage CaptureService::grab(const QRect &requested, bool plainAllowed)
+{
     QMutexLocker lock(&m_mutex);
     xcb_connection_t *c = m_x.get();
     if (!c)
@@ -144,57 +193,118 @@ QImage CaptureService::grab(const QRect &requested)
 
     std::optional<QImage> image;
     if (m_sharedMemoryAllowed)
-        image = grabShared(c, screen->root, rect);
-    if (!image)
+        image = grabShared(c, rect);
+    if (!image && plainAllowed)
         image = grabPlain(c, screen->root, rect);
     if (!image)
         throw AppError::captureFailed(QStringLiteral("the X server sent no pixels"));
     return *image;
 }
 
-std::optional<QImage> CaptureService::grabShared(xcb_connection_t *c, unsigned root, const QRect &rect)
+std::optional<QImage> CaptureService::grabShared(xcb_connection_t *c, const QRect &rect)
 {
     const xcb_query_extension_reply_t *extension = xcb_get_extension_data(c, &xcb_shm_id);
     if (!extension || !extension->present)
         return std::nullopt;
-    const std::size_t bytesPerLine = std::size_t(rect.width()) * 4;
-    const std::size_t size = bytesPerLine * std::size_t(rect.height());
-    const int id = shmget(IPC_PRIVATE, size, IPC_CREAT | 0600);
-    if (id < 0)
+    const std::size_t pixels = std::size_t(rect.width()) * std::size_t(rect.height());
+    const auto lease = m_pool.lend(c, m_x.generation(), pixels * 4);
+    if (!lease)
         return std::nullopt;
-    void *address = shmat(id, nullptr, 0);
-    // Marked for removal at once: it goes when the last of us and the server
-    // lets go of it, whatever happens below.
-    shmctl(id, IPC_RMID, nullptr);
-    if (address == reinterpret_cast<void *>(-1))
-        return std::nullopt;
+    if (!(m_renderAllowed && canRender(c) && renderInto(c, *lease, rect))) {
+        xcb_generic_error_t *error = nullptr;
+        auto image = reply(xcb_shm_get_image_reply(
+            c,
+            xcb_shm_get_image(c, firstScreen(c)->root, std::int16_t(rect.x()), std::int16_t(rect.y()),
+                              std::uint16_t(rect.width()), std::uint16_t(rect.height()), ~0u,
+                              XCB_IMAGE_FORMAT_Z_PIXMAP, lease->segment, 0),
+            &error));
+        if (error || !image) {
+            std::free(error);
+            return std::nullopt;
+        }
+        makeOpaque(lease->data, pixels);
+    }
+    // The picture stays in the block: no copy of a 4K screen on the way.
+    return ShmSegmentPool::picture(*lease, rect.size(), QImage::Format_RGB32);
+}
 
-    const xcb_shm_seg_t segment = xcb_generate_id(c);
-    auto attachError = xcb_request_check(c, xcb_shm_attach_checked(c, segment, std::uint32_t(id), 0));
-    if (attachError) {
-        // A server on another machine cannot see our memory.
-        std::free(attachError);
-        shmdt(address);
-        return std::nullopt;
+bool CaptureService::canRender(xcb_connection_t *c)
+{
+    if (m_render.generation == m_x.generation())
+        return m_render.usable;
+    m_render = RenderFormats{m_x.generation(), false, 0, 0};
+    const xcb_query_extension_reply_t *extension = xcb_get_extension_data(c, &xcb_render_id);
+    if (!extension || !extension->present) {
+        qCInfo(lcCaptureService, "snapshots: the server copies them into shared memory (no Render)");
+        return false;
     }
-    xcb_generic_error_t *error = nullptr;
-    auto image = reply(xcb_shm_get_image_reply(
-        c,
-        xcb_shm_get_image(c, root, std::int16_t(rect.x()), std::int16_t(rect.y()), std::uint16_t(rect.width()),
-                          std::uint16_t(rect.height()), ~0u, XCB_IMAGE_FORMAT_Z_PIXMAP, segment, 0),
-        &error));
-    xcb_shm_detach(c, segment);
-    xcb_flush(c);
-    if (error || !image) {
-        std::free(error);
-        shmdt(address);
-        return std::nullopt;
+    // Pixmaps on our memory: the server draws where we read.
+    auto shm = reply(xcb_shm_query_version_reply(c, xcb_shm_query_version(c), nullptr));
+    if (!shm || !shm->shared_pixmaps || shm->pixmap_format != XCB_IMAGE_FORMAT_Z_PIXMAP) {
+        qCInfo(lcCaptureService, "snapshots: the server copies them into shared memory (no shared pixmaps)");
+        return false;
     }
-    makeOpaque(static_cast<uchar *>(address), std::size_t(rect.width()) * std::size_t(rect.height()));
-    // The picture stays in the segment: no copy of a 4K screen on the way.
-    QImage result(static_cast<uchar *>(address), rect.width(), rect.height(), qsizetype(bytesPerLine),
-                  QImage::Format_RGB32, &detachSegment, new SharedSegment{address});
-    return result;
+    auto formats = reply(xcb_render_query_pict_formats_reply(c, xcb_render_query_pict_formats(c), nullptr));
+    if (!formats)
+        return false;
+    const xcb_visualid_t rootVisual = firstScreen(c)->root_visual;
+    xcb_render_pictformat_t rootFormat = 0;
+    for (auto s = xcb_render_query_pict_formats_screens_iterator(formats.get()); s.rem && !rootFormat;
+         xcb_render_pictscreen_next(&s))
+        for (auto d = xcb_render_pictscreen_depths_iterator(s.data); d.rem && !rootFormat; xcb_render_pictdepth_next(&d))
+            for (auto v = xcb_render_pictdepth_visuals_iterator(d.data); v.rem; xcb_render_pictvisual_next(&v))
+                if (v.data->visual == rootVisual)
+                    rootFormat = v.data->format;
+    for (auto f = xcb_render_query_pict_formats_formats_iterator(formats.get()); f.rem; xcb_render_pictforminfo_next(&f)) {
+        // The root's format must be plain RGB, so the drawing is an exact copy
+        // of its pixels with alpha 0xff added.
+        if (f.data->id == rootFormat && isRgbFormat(*f.data, false))
+            m_render.root = rootFormat;
+        if (f.data->depth == 32 && isRgbFormat(*f.data, true))
+            m_render.argb32 = f.data->id;
+    }
+    m_render.usable = m_render.root != 0 && m_render.argb32 != 0;
+    qCInfo(lcCaptureService, m_render.usable ? "snapshots: the server draws them into shared memory"
+                                             : "snapshots: the server copies them into shared memory (no ARGB32 Render format)");
+    return m_render.usable;
+}
+
+bool CaptureService::renderInto(xcb_connection_t *c, const ShmSegmentPool::Lease &lease, const QRect &rect)
+{
+    // One pass in the server: the root's pixels drawn into a 32-bit pixmap
+    // that lives in our block, its alpha made 0xff on the way. Windows above
+    // the root are in the picture (IncludeInferiors), as on the screen.
+    const xcb_pixmap_t pixmap = xcb_generate_id(c);
+    const xcb_render_picture_t source = xcb_generate_id(c);
+    const xcb_render_picture_t target = xcb_generate_id(c);
+    const std::uint32_t includeInferiors = XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS;
+    const xcb_void_cookie_t cookies[] = {
+        xcb_shm_create_pixmap_checked(c, pixmap, firstScreen(c)->root, std::uint16_t(rect.width()),
+                                      std::uint16_t(rect.height()), 32, lease.segment, 0),
+        xcb_render_create_picture_checked(c, source, firstScreen(c)->root, m_render.root,
+                                          XCB_RENDER_CP_SUBWINDOW_MODE, &includeInferiors),
+        xcb_render_create_picture_checked(c, target, pixmap, m_render.argb32, 0, nullptr),
+        xcb_render_composite_checked(c, XCB_RENDER_PICT_OP_SRC, source, XCB_RENDER_PICTURE_NONE, target,
+                                     std::int16_t(rect.x()), std::int16_t(rect.y()), 0, 0, 0, 0,
+                                     std::uint16_t(rect.width()), std::uint16_t(rect.height())),
+    };
+    xcb_render_free_picture(c, target);
+    xcb_render_free_picture(c, source);
+    xcb_free_pixmap(c, pixmap);
+    // Every answer is in once the last is: the drawing is done, or failed.
+    bool drawn = true;
+    for (const xcb_void_cookie_t &cookie : cookies) {
+        if (xcb_generic_error_t *error = xcb_request_check(c, cookie)) {
+            drawn = false;
+            std::free(error);
+        }
+    }
+    if (!drawn) {
+        // Not for this connection, then: ShmGetImage from now on.
+        qCWarning(lcCaptureService, "the X server could not draw the screen into shared memory; copying it instead");
+        m_render.usable = false;
+    }
+    return drawn;
 }
 
 std::optional<QImage> CaptureService::grabPlain(xcb_connection_t *c, unsigned root, const QRect &rect)
@@ -214,10 +324,14 @@ std::optional<QImage> CaptureService::grabPlain(xcb_connection_t *c, unsigned ro
     if (length < bytesPerLine * rect.height())
         return std::nullopt;
     QImage result(rect.width(), rect.height(), QImage::Format_RGB32);
-    const uchar *data = xcb_get_image_data(image.get());
-    for (int y = 0; y < rect.height(); ++y)
-        std::memcpy(result.scanLine(y), data + y * bytesPerLine, std::size_t(bytesPerLine));
-    makeOpaque(result.bits(), std::size_t(rect.width()) * std::size_t(rect.height()));
+    const auto *data = reinterpret_cast<const std::uint32_t *>(xcb_get_image_data(image.get()));
+    // Copied and made opaque in one pass over the pixels.
+    for (int y = 0; y < rect.height(); ++y) {
+        const std::uint32_t *from = data + qsizetype(y) * rect.width();
+        auto *to = reinterpret_cast<std::uint32_t *>(result.scanLine(y));
+        for (int x = 0; x < rect.width(); ++x)
+            to[x] = from[x] | 0xff000000u;
+    }
     return result;
 }
 

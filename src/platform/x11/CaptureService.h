@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/x11/ShmSegmentPool.h"
 #include "platform/x11/X11Connection.h"
 
 #include "acquire/CaptureServicing.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QMutex>
 #include <QRect>
 
@@ -15,8 +17,9 @@
 struct xcb_connection_t;
 
 // Frozen pictures of displays on an X server: the root window's pixels under
-// a display's rectangle, through shared memory when the server offers it
-// (one copy less for a 4K screen) and a plain GetImage otherwise.
+// a display's rectangle, written by the server straight into shared memory
+// that is kept from one capture to the next, and read with a plain GetImage
+// where the server cannot share memory with us.
 //
 // The service holds its own connection, so shots can run on a worker thread
 // without touching the GUI's.
@@ -32,10 +35,22 @@ public:
     ~CaptureService() override;
 
     QFuture<QImage> captureDisplay(std::uint32_t displayID) override;
+
+    // Makes a block ready for each of these rectangles of the root window,
+    // mapped on both sides, so that the first capture after start-up is as
+    // quick as the later ones. Runs on a worker and returns at once; the
+    // future finishes when the blocks are ready and free.
+    QFuture<void> prepare(QList<QRect> rects);
     QFuture<QImage> captureDisplayHidingDesktopIcons(std::uint32_t displayID, double scale) override;
 
-    // Tests use it to drive the GetImage route on a server that has MIT-SHM.
+    // Tests use these to drive the other routes on a server that has them all:
+    // without shared memory, GetImage; without server-side drawing, the
+    // server's copy into shared memory (ShmGetImage).
     void setSharedMemoryAllowed(bool allowed);
+    void setRenderAllowed(bool allowed);
+    // The shared blocks kept now, and made since the start.
+    int sharedBlockCount();
+    int sharedBlocksMade();
 
     // The pixels of `rect` on the root window, on the calling thread. Throws
     // AppError captureFailed.
@@ -44,14 +59,31 @@ public:
     bool hasDesktopWindows();
 
 private:
+    // grab(), without falling back to GetImage unless `plainAllowed`.
+    QImage grab(const QRect &rect, bool plainAllowed);
     // grab() for a display: a display that is not on the desktop, or a
     // picture the server refuses, fails with the display's own text.
     QImage grabDisplay(std::uint32_t displayID, const std::optional<QRect> &rect);
-    std::optional<QImage> grabShared(xcb_connection_t *c, unsigned root, const QRect &rect);
+    std::optional<QImage> grabShared(xcb_connection_t *c, const QRect &rect);
     std::optional<QImage> grabPlain(xcb_connection_t *c, unsigned root, const QRect &rect);
+    // Whether the server can draw the root into a 32-bit picture of ours; the
+    // formats it needs are asked once per connection.
+    bool canRender(xcb_connection_t *c);
+    bool renderInto(xcb_connection_t *c, const ShmSegmentPool::Lease &lease, const QRect &rect);
+
+    struct RenderFormats {
+        quint64 generation = 0;
+        bool usable = false;
+        std::uint32_t root = 0;
+        std::uint32_t argb32 = 0;
+    };
 
     X11Connection m_x;
     DisplayLocator m_locator;
+    QFuture<void> m_prepared;
     QMutex m_mutex;
+    ShmSegmentPool m_pool;
+    RenderFormats m_render;
     bool m_sharedMemoryAllowed = true;
+    bool m_renderAllowed = true;
 };

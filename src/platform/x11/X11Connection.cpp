@@ -23,6 +23,7 @@ xcb_connection_t *X11Connection::get()
             return nullptr;
         }
         m_connection = c;
+        ++m_generation;
     }
     return m_connection;
 }

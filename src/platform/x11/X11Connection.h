@@ -17,8 +17,12 @@ public:
 
     // The live connection, or null when the server cannot be reached.
     xcb_connection_t *get();
+    // Counts the connections made so far: whatever the server was told on an
+    // earlier one (attached memory, resources) is gone when this changes.
+    quint64 generation() const { return m_generation; }
 
 private:
     QByteArray m_displayName;
     xcb_connection_t *m_connection = nullptr;
+    quint64 m_generation = 0;
 };

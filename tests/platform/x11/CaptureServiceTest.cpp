@@ -5,6 +5,8 @@
 #include "appbase/AppError.h"
 
 #include <QColor>
+#include <QDeadlineTimer>
+#include <QThread>
 
 #include <xcb/xcb.h>
 
@@ -89,7 +91,9 @@ protected:
         painter->fill(QRect(20, 30, 5, 7), qRgb(0, 255, 0));
         painter->fill(QRect(300, 230, 20, 10), qRgb(255, 255, 0));
         painter->sync();
-        service = std::make_unique<CaptureService>(server->display(), [](std::uint32_t id) -> std::optional<QRect> {
+        service = std::make_unique<CaptureService>(server->display(), [this](std::uint32_t id) -> std::optional<QRect> {
+            if (id == 4) // a display whose size the test changes
+                return resizable;
             if (id == 1)
                 return QRect(0, 0, 160, 240);
             if (id == 2)
@@ -104,15 +108,10 @@ protected:
     {
         ASSERT_EQ(left.size(), QSize(160, 240));
         ASSERT_EQ(right.size(), QSize(160, 240));
+        EXPECT_EQ(left.format(), QImage::Format_RGB32);
         EXPECT_EQ(left.pixel(0, 0), qRgb(200, 30, 40));
-    // Every pixel opaque, as RGB32 promises.
-    for (const QImage *image : {&left, &right}) {
-        for (int y = 0; y < image->height(); ++y) {
-            for (int x = 0; x < image->width(); ++x) {
-                ASSERT_EQ(qAlpha(image->pixel(x, y)), 255) << x << "," << y;
-            }
-        }
-    }
+        expectOpaqueInMemory(left);
+        expectOpaqueInMemory(right);
         EXPECT_EQ(left.pixel(19, 30), qRgb(200, 30, 40));
         EXPECT_EQ(left.pixel(20, 30), qRgb(0, 255, 0));
         EXPECT_EQ(left.pixel(24, 36), qRgb(0, 255, 0));
@@ -124,9 +123,35 @@ protected:
         EXPECT_EQ(right.pixel(159, 239), qRgb(255, 255, 0));
     }
 
+    // RGB32 promises 0xff in every pixel's top byte, and QPainter copies that
+    // byte as it is onto a canvas with alpha (pixel() would hide it).
+    static void expectOpaqueInMemory(const QImage &image)
+    {
+        for (int y = 0; y < image.height(); ++y) {
+            const auto *line = reinterpret_cast<const std::uint32_t *>(image.constScanLine(y));
+            for (int x = 0; x < image.width(); ++x)
+                ASSERT_EQ(line[x] >> 24, 0xffu) << x << "," << y;
+        }
+    }
+
+    // A picture of the display, held by the caller alone. The worker that
+    // took it lets go of its own copy a moment after handing it over, and the
+    // block only comes back when every copy is gone: tests that count blocks
+    // wait for that.
+    QImage capture(std::uint32_t displayID)
+    {
+        QImage image = service->captureDisplay(displayID).result();
+        QDeadlineTimer deadline(5000);
+        while (!image.isDetached() && !deadline.hasExpired())
+            QThread::yieldCurrentThread();
+        EXPECT_TRUE(image.isDetached());
+        return image;
+    }
+
     std::unique_ptr<XvfbServer> server;
     std::unique_ptr<RootPainter> painter;
     std::unique_ptr<CaptureService> service;
+    QRect resizable{0, 0, 160, 240};
 };
 
 AppError::Case failureOf(QFuture<QImage> future, QString *description = nullptr)
@@ -149,6 +174,142 @@ TEST_F(CaptureServiceTest, EachDisplayIsItsOwnPartOfTheRootThroughSharedMemory)
     const QImage left = service->captureDisplay(1).result();
     const QImage right = service->captureDisplay(2).result();
     expectKnownPixels(left, right);
+}
+
+TEST_F(CaptureServiceTest, TheServersCopyIntoSharedMemoryGivesTheSamePixels)
+{
+    service->setRenderAllowed(false);
+    const QImage left = capture(1);
+    const QImage right = capture(2);
+    expectKnownPixels(left, right);
+    service->setRenderAllowed(true);
+    EXPECT_EQ(capture(1), left);
+}
+
+TEST_F(CaptureServiceTest, LaterCapturesReuseOneSharedBlock)
+{
+    for (const QRgb colour : {qRgb(1, 2, 3), qRgb(4, 5, 6), qRgb(7, 8, 9)}) {
+        painter->fill(QRect(0, 0, 160, 240), colour);
+        painter->sync();
+        const QImage image = capture(1);
+        EXPECT_EQ(image.pixel(0, 0), colour);
+        EXPECT_EQ(image.pixel(159, 239), colour);
+        expectOpaqueInMemory(image);
+    }
+    EXPECT_EQ(service->sharedBlocksMade(), 1);
+    EXPECT_EQ(service->sharedBlockCount(), 1);
+}
+
+TEST_F(CaptureServiceTest, APictureStillHeldIsNotWrittenOverByTheNextCapture)
+{
+    const QImage held = capture(1);
+    const QImage before = held.copy();
+    painter->fill(QRect(0, 0, 160, 240), qRgb(1, 2, 3));
+    painter->sync();
+    const QImage next = capture(1);
+    EXPECT_EQ(next.pixel(20, 30), qRgb(1, 2, 3));
+    EXPECT_EQ(held, before);
+    EXPECT_EQ(held.pixel(20, 30), qRgb(0, 255, 0));
+    EXPECT_EQ(service->sharedBlocksMade(), 2);
+}
+
+TEST_F(CaptureServiceTest, AnUnchangedCopyHoldsThePictureAsTheOriginalWould)
+{
+    QImage original = capture(1);
+    const QImage copy = original;
+    original = QImage();
+    painter->fill(QRect(0, 0, 160, 240), qRgb(1, 2, 3));
+    painter->sync();
+    EXPECT_EQ(capture(1).pixel(0, 0), qRgb(1, 2, 3));
+    EXPECT_EQ(copy.pixel(0, 0), qRgb(200, 30, 40));
+    EXPECT_EQ(copy.pixel(20, 30), qRgb(0, 255, 0));
+}
+
+TEST_F(CaptureServiceTest, AChangedCopyHasItsOwnPixelsAndFreesTheBlock)
+{
+    QImage original = capture(1);
+    QImage changed = original;
+    changed.setPixel(0, 0, qRgb(9, 9, 9));
+    EXPECT_EQ(original.pixel(0, 0), qRgb(200, 30, 40));
+    original = QImage();
+    painter->fill(QRect(0, 0, 160, 240), qRgb(1, 2, 3));
+    painter->sync();
+    EXPECT_EQ(capture(1).pixel(1, 1), qRgb(1, 2, 3));
+    // The block came back when the original went: the copy lives elsewhere.
+    EXPECT_EQ(service->sharedBlocksMade(), 1);
+    EXPECT_EQ(changed.pixel(0, 0), qRgb(9, 9, 9));
+    EXPECT_EQ(changed.pixel(1, 1), qRgb(200, 30, 40));
+}
+
+TEST_F(CaptureServiceTest, ADisplayThatGrowsGetsALargerBlockAndTheSmallOneGoes)
+{
+    EXPECT_EQ(capture(4).size(), QSize(160, 240));
+    resizable = QRect(0, 0, 320, 240);
+    const QImage grown = capture(4);
+    ASSERT_EQ(grown.size(), QSize(320, 240));
+    EXPECT_EQ(grown.pixel(20, 30), qRgb(0, 255, 0));
+    EXPECT_EQ(grown.pixel(200, 100), qRgb(10, 120, 250));
+    EXPECT_EQ(grown.pixel(319, 239), qRgb(255, 255, 0));
+    expectOpaqueInMemory(grown);
+    EXPECT_EQ(service->sharedBlocksMade(), 2);
+    EXPECT_EQ(service->sharedBlockCount(), 1);
+}
+
+TEST_F(CaptureServiceTest, ADisplayThatShrinksALittleKeepsItsBlockAndOneThatShrinksALotGetsItsOwn)
+{
+    resizable = QRect(0, 0, 320, 240);
+    capture(4);
+    resizable = QRect(160, 0, 160, 240);
+    const QImage half = capture(4);
+    ASSERT_EQ(half.size(), QSize(160, 240));
+    EXPECT_EQ(half.pixel(0, 0), qRgb(10, 120, 250));
+    EXPECT_EQ(service->sharedBlocksMade(), 1);
+
+    resizable = QRect(300, 230, 20, 10);
+    const QImage small = capture(4);
+    ASSERT_EQ(small.size(), QSize(20, 10));
+    EXPECT_EQ(small.pixel(0, 0), qRgb(255, 255, 0));
+    EXPECT_EQ(service->sharedBlocksMade(), 2);
+}
+
+TEST_F(CaptureServiceTest, ABlockNoLongerAskedForIsGivenUp)
+{
+    resizable = QRect(0, 0, 320, 240);
+    capture(4);
+    resizable = QRect(300, 230, 20, 10);
+    for (int i = 0; i < 10; ++i)
+        EXPECT_EQ(capture(4).pixel(0, 0), qRgb(255, 255, 0));
+    EXPECT_EQ(service->sharedBlockCount(), 1);
+    EXPECT_EQ(service->sharedBlocksMade(), 2);
+}
+
+TEST_F(CaptureServiceTest, TwoDisplaysHeldTogetherUseTwoBlocksEveryCapture)
+{
+    for (int round = 0; round < 3; ++round) {
+        const QImage left = capture(1);
+        const QImage right = capture(2);
+        expectKnownPixels(left, right);
+    }
+    EXPECT_EQ(service->sharedBlocksMade(), 2);
+    EXPECT_EQ(service->sharedBlockCount(), 2);
+}
+
+TEST_F(CaptureServiceTest, BlocksMadeReadyAheadServeTheFirstCaptures)
+{
+    service->prepare({QRect(0, 0, 160, 240), QRect(160, 0, 160, 240)}).waitForFinished();
+    EXPECT_EQ(service->sharedBlockCount(), 2);
+    const QImage left = capture(1);
+    const QImage right = capture(2);
+    expectKnownPixels(left, right);
+    EXPECT_EQ(service->sharedBlocksMade(), 2);
+}
+
+TEST_F(CaptureServiceTest, WithoutSharedMemoryNothingIsMadeReadyAhead)
+{
+    service->setSharedMemoryAllowed(false);
+    service->prepare({QRect(0, 0, 160, 240)}).waitForFinished();
+    EXPECT_EQ(service->sharedBlockCount(), 0);
+    EXPECT_EQ(capture(1).pixel(20, 30), qRgb(0, 255, 0));
 }
 
 TEST_F(CaptureServiceTest, GetImageGivesTheSamePixels)
