@@ -14,6 +14,20 @@ struct FileStatus {
     bool regularFile = false;
     // Absent when the file system gives neither a birth nor a change date.
     std::optional<QDateTime> creationDate;
+    // What says whether the file's contents can have changed since it was last
+    // looked at: which file it is (device and inode: a rewrite through a
+    // temporary file and a rename gives a new one), its size, and the times of
+    // its last change of contents and of its inode (the latter moves whenever
+    // the former is set by hand, which a copy keeping dates does).
+    struct Identity {
+        quint64 device = 0;
+        quint64 inode = 0;
+        qint64 size = 0;
+        qint64 modifiedNs = 0;
+        qint64 changedNs = 0;
+        friend bool operator==(const Identity &, const Identity &) = default;
+    };
+    Identity identity;
 
     // Absent when the entry can't be looked at (gone, or a dangling path).
     static std::optional<FileStatus> of(const QString &path);
@@ -25,4 +39,5 @@ struct FileStatus {
     // history, which can set only this one), and that date is the capture's.
     // Without a birth time, the modification time.
     static std::optional<QDateTime> creationDateFrom(const struct statx &facts);
+    static Identity identityFrom(const struct statx &facts);
 };
