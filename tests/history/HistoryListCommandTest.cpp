@@ -1,4 +1,4 @@
-#include "app/HistoryListCommand.h"
+#include "history/HistoryListCommand.h"
 
 #include "settings/LoginItem.h"
 #include "settings/SettingsStorage.h"
