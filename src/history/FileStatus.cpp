@@ -53,10 +53,14 @@ FileStatus::Identity FileStatus::identityFrom(const struct statx &facts)
 
 std::optional<FileStatus> FileStatus::of(const QString &path)
 {
+    return in(AT_FDCWD, path);
+}
+
+std::optional<FileStatus> FileStatus::in(int folder, const QString &name)
+{
     struct statx facts {};
-    const QByteArray name = QFile::encodeName(path);
     constexpr unsigned wanted = STATX_TYPE | STATX_BTIME | STATX_MTIME | STATX_CTIME | STATX_INO | STATX_SIZE;
-    if (::statx(AT_FDCWD, name.constData(), AT_SYMLINK_NOFOLLOW, wanted, &facts) != 0)
+    if (::statx(folder, QFile::encodeName(name).constData(), AT_SYMLINK_NOFOLLOW, wanted, &facts) != 0)
         return std::nullopt;
     FileStatus status;
     status.regularFile = (facts.stx_mask & STATX_TYPE) && S_ISREG(facts.stx_mode);

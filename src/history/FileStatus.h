@@ -31,6 +31,9 @@ struct FileStatus {
 
     // Absent when the entry can't be looked at (gone, or a dangling path).
     static std::optional<FileStatus> of(const QString &path);
+    // The same for the entry `name` of the folder open as `folder`: a listing
+    // looks up each name in its folder instead of walking the whole path.
+    static std::optional<FileStatus> in(int folder, const QString &name);
 
     // The creation date of a capture: its birth time, unless the modification
     // time is earlier. Birth time is what the file system records at creation;

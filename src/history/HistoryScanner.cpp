@@ -8,9 +8,12 @@
 #include <QFileInfo>
 #include <QThreadPool>
 #include <QTimeZone>
+#include <QScopeGuard>
 #include <QtConcurrent/QtConcurrentMap>
 
 #include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <memory>
@@ -172,10 +175,10 @@ struct Looked {
     std::optional<HeaderFactsCache::Facts> facts;
 };
 
-Looked look(const QString &path, const QString &name, const std::optional<QDateTime> &since,
+Looked look(int folder, const QString &path, const QString &name, const std::optional<QDateTime> &since,
             const HeaderFactsCache &known)
 {
-    const std::optional<FileStatus> status = FileStatus::of(path);
+    const std::optional<FileStatus> status = FileStatus::in(folder, name);
     Looked looked;
     if (status && status->regularFile) {
         looked.identity = status->identity;
@@ -201,9 +204,15 @@ QList<HistoryItem> list(const QString &folder, const std::optional<QDateTime> &s
     const QList<Candidate> candidates = candidatesInDiskOrder(folder);
     const HeaderFactsCache known =
         headerCacheFile.isEmpty() ? HeaderFactsCache(folder) : HeaderFactsCache::load(headerCacheFile, folder);
+    const int folderDescriptor = ::open(QFile::encodeName(folder).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (folderDescriptor < 0)
+        return {};
+    const auto closeFolder = qScopeGuard([folderDescriptor] { ::close(folderDescriptor); });
     const QList<Looked> scanned = QtConcurrent::blockingMapped<QList<Looked>>(
         &headerPool(), candidates,
-        [&](const Candidate &candidate) { return look(base + candidate.name, candidate.name, since, known); });
+        [&](const Candidate &candidate) {
+            return look(folderDescriptor, base + candidate.name, candidate.name, since, known);
+        });
 
     // Back in the order of the listing, which decides among equal dates.
     QList<std::optional<HistoryItem>> listed(scanned.size());
