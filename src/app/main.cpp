@@ -1,7 +1,7 @@
 #include "app/AppDelegate.h"
 #include "app/CommandClient.h"
 #include "app/CommandLine.h"
-#include "app/HistoryListCommand.h"
+#include "history/HistoryListCommand.h"
 #include "app/InstanceChannelLoader.h"
 #include "appbase/Logging.h"
 #include "appbase/SingleInstance.h"

@@ -31,14 +31,40 @@ std::optional<QDateTime> FileStatus::creationDateFrom(const struct statx &facts)
     return std::nullopt;
 }
 
+FileStatus::Identity FileStatus::identityFrom(const struct statx &facts)
+{
+    // A fact the file system doesn't give stays 0 on both sides of a comparison;
+    // the others still tell a change.
+    const auto nanoseconds = [](const struct statx_timestamp &stamp) {
+        return qint64(stamp.tv_sec) * 1000000000 + stamp.tv_nsec;
+    };
+    Identity identity;
+    identity.device = (quint64(facts.stx_dev_major) << 32) | facts.stx_dev_minor;
+    if (facts.stx_mask & STATX_INO)
+        identity.inode = facts.stx_ino;
+    if (facts.stx_mask & STATX_SIZE)
+        identity.size = qint64(facts.stx_size);
+    if (facts.stx_mask & STATX_MTIME)
+        identity.modifiedNs = nanoseconds(facts.stx_mtime);
+    if (facts.stx_mask & STATX_CTIME)
+        identity.changedNs = nanoseconds(facts.stx_ctime);
+    return identity;
+}
+
 std::optional<FileStatus> FileStatus::of(const QString &path)
 {
+    return in(AT_FDCWD, path);
+}
+
+std::optional<FileStatus> FileStatus::in(int folder, const QString &name)
+{
     struct statx facts {};
-    const QByteArray name = QFile::encodeName(path);
-    if (::statx(AT_FDCWD, name.constData(), AT_SYMLINK_NOFOLLOW, STATX_TYPE | STATX_BTIME | STATX_MTIME, &facts) != 0)
+    constexpr unsigned wanted = STATX_TYPE | STATX_BTIME | STATX_MTIME | STATX_CTIME | STATX_INO | STATX_SIZE;
+    if (::statx(folder, QFile::encodeName(name).constData(), AT_SYMLINK_NOFOLLOW, wanted, &facts) != 0)
         return std::nullopt;
     FileStatus status;
     status.regularFile = (facts.stx_mask & STATX_TYPE) && S_ISREG(facts.stx_mode);
     status.creationDate = creationDateFrom(facts);
+    status.identity = identityFrom(facts);
     return status;
 }

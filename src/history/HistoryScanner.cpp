@@ -1,5 +1,6 @@
 #include "history/HistoryScanner.h"
 
+#include "history/HeaderFactsCache.h"
 #include "history/ImageHeaderReader.h"
 #include "history/VideoDurationReader.h"
 
@@ -7,9 +8,12 @@
 #include <QFileInfo>
 #include <QThreadPool>
 #include <QTimeZone>
+#include <QScopeGuard>
 #include <QtConcurrent/QtConcurrentMap>
 
 #include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <memory>
@@ -150,16 +154,78 @@ std::optional<HistoryItem> scan(const QString &path, const std::optional<QDateTi
     return item;
 }
 
-QList<HistoryItem> list(const QString &folder, const std::optional<QDateTime> &since)
+namespace {
+
+HeaderFactsCache::Facts factsOf(const HistoryItem &item)
+{
+    return {item.pixelWidth, item.pixelHeight, item.seconds};
+}
+
+void applyFacts(HistoryItem &item, const HeaderFactsCache::Facts &facts)
+{
+    item.pixelWidth = facts.pixelWidth;
+    item.pixelHeight = facts.pixelHeight;
+    item.seconds = facts.seconds;
+}
+
+// One entry of a listing, with what the next listing may take from the cache.
+struct Looked {
+    std::optional<HistoryItem> item;
+    std::optional<FileStatus::Identity> identity; // of a regular file
+    std::optional<HeaderFactsCache::Facts> facts;
+};
+
+Looked look(int folder, const QString &path, const QString &name, const std::optional<QDateTime> &since,
+            const HeaderFactsCache &known)
+{
+    const std::optional<FileStatus> status = FileStatus::in(folder, name);
+    Looked looked;
+    if (status && status->regularFile) {
+        looked.identity = status->identity;
+        looked.facts = known.find(name, status->identity);
+    }
+    looked.item = itemFor(path, status, since);
+    if (!looked.item)
+        return looked; // beyond the reach: what the cache knew of it is kept as it was
+    if (looked.facts) {
+        applyFacts(*looked.item, *looked.facts);
+    } else {
+        readHeader(*looked.item);
+        looked.facts = factsOf(*looked.item);
+    }
+    return looked;
+}
+
+} // namespace
+
+QList<HistoryItem> list(const QString &folder, const std::optional<QDateTime> &since, const QString &headerCacheFile)
 {
     const QString base = folder.endsWith(u'/') ? folder : folder + u'/';
     const QList<Candidate> candidates = candidatesInDiskOrder(folder);
-    const QList<std::optional<HistoryItem>> scanned = QtConcurrent::blockingMapped<QList<std::optional<HistoryItem>>>(
-        &headerPool(), candidates, [&](const Candidate &candidate) { return scan(base + candidate.name, since); });
+    const HeaderFactsCache known =
+        headerCacheFile.isEmpty() ? HeaderFactsCache(folder) : HeaderFactsCache::load(headerCacheFile, folder);
+    const int folderDescriptor = ::open(QFile::encodeName(folder).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (folderDescriptor < 0)
+        return {};
+    const auto closeFolder = qScopeGuard([folderDescriptor] { ::close(folderDescriptor); });
+    const QList<Looked> scanned = QtConcurrent::blockingMapped<QList<Looked>>(
+        &headerPool(), candidates,
+        [&](const Candidate &candidate) {
+            return look(folderDescriptor, base + candidate.name, candidate.name, since, known);
+        });
+
     // Back in the order of the listing, which decides among equal dates.
     QList<std::optional<HistoryItem>> listed(scanned.size());
-    for (qsizetype i = 0; i < scanned.size(); ++i)
-        listed[candidates[i].listingIndex] = scanned[i];
+    HeaderFactsCache current(folder);
+    for (qsizetype i = 0; i < scanned.size(); ++i) {
+        listed[candidates[i].listingIndex] = scanned[i].item;
+        if (scanned[i].identity && scanned[i].facts)
+            current.insert(candidates[i].name, *scanned[i].identity, *scanned[i].facts);
+    }
+    // Written only when something changed: a new or changed capture, or one gone.
+    if (!headerCacheFile.isEmpty() && !(current == known))
+        current.save(headerCacheFile);
+
     QList<HistoryItem> items;
     items.reserve(listed.size());
     for (const auto &item : listed) {

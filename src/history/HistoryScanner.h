@@ -43,7 +43,12 @@ void readHeader(HistoryItem &item);
 std::optional<HistoryItem> scan(const QString &path, const std::optional<QDateTime> &since);
 
 // The whole folder, in listing order. Files are looked at in parallel: when the
-// folder is not in the cache the time goes to waiting for the disk.
-QList<HistoryItem> list(const QString &folder, const std::optional<QDateTime> &since);
+// folder is not in the page cache the time goes to waiting for the disk.
+// With `headerCacheFile`, sizes and lengths of files unchanged since the last
+// listing come from that cache instead of their headers, and the cache is
+// brought up to date afterwards (see HeaderFactsCache); the items are the same
+// either way.
+QList<HistoryItem> list(const QString &folder, const std::optional<QDateTime> &since,
+                        const QString &headerCacheFile = {});
 
 } // namespace HistoryScanner

@@ -72,10 +72,12 @@ void whenFinished(QObject *owner, const QFuture<T> &future, Done done)
 
 } // namespace
 
-HistoryStore::HistoryStore(AppSettings &settings, const QString &supportFolder, QObject *parent)
+HistoryStore::HistoryStore(AppSettings &settings, const QString &supportFolder, const QString &headerCacheFile,
+                           QObject *parent)
     : QObject(parent)
     , m_settings(settings)
     , m_support(supportFolder)
+    , m_headerCacheFile(headerCacheFile)
 {
     QDir().mkpath(m_support);
     m_texts = readTexts(textFilePath());
@@ -116,7 +118,10 @@ void HistoryStore::refresh()
             visibleTexts.append(text);
     }
 
-    whenFinished(this, QtConcurrent::run([folder, since] { return HistoryScanner::list(folder, since); }),
+    whenFinished(this,
+                 QtConcurrent::run([folder, since, cache = m_headerCacheFile] {
+                     return HistoryScanner::list(folder, since, cache);
+                 }),
                  [this, visibleTexts](QList<HistoryItem> scanned) {
                      scanned += visibleTexts;
                      sortNewestFirst(scanned);

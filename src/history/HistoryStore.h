@@ -1,5 +1,6 @@
 #pragma once
 
+#include "history/HeaderFactsCache.h"
 #include "history/HistoryItem.h"
 #include "settings/AppSettings.h"
 
@@ -28,8 +29,11 @@ public:
     using Notice = std::function<void(const QString &title, const QString &body, double displaySeconds)>;
 
     // Creates the support folder, reads the texts, moves the copies of an old
-    // history into the save folder, and starts the first listing.
+    // history into the save folder, and starts the first listing. Sizes and
+    // lengths of captures unchanged since the last listing come from the cache
+    // at `headerCacheFile` (see HeaderFactsCache); an empty path keeps none.
     explicit HistoryStore(AppSettings &settings, const QString &supportFolder = defaultSupportFolder(),
+                          const QString &headerCacheFile = HeaderFactsCache::defaultFilePath(),
                           QObject *parent = nullptr);
     ~HistoryStore() override;
 
@@ -74,6 +78,7 @@ private:
 
     AppSettings &m_settings;
     QString m_support;
+    QString m_headerCacheFile;
     QList<HistoryItem> m_items;
     QList<HistoryItem> m_texts;
     // Held open from one listing to the next, so that cards can load their

@@ -1,12 +1,11 @@
 #include "history/ImageHeaderReader.h"
 
 #include "history/HeaderFile.h"
+#include "history/MediaLibraries.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
-
-#include <libheif/heif.h>
 
 #include <memory>
 
@@ -17,10 +16,12 @@ namespace {
 const QSize unknown(0, 0);
 
 struct HeifContextDeleter {
-    void operator()(heif_context *context) const { heif_context_free(context); }
+    const MediaLibraries::Heif *heif;
+    void operator()(heif_context *context) const { heif->contextFree(context); }
 };
 struct HeifHandleDeleter {
-    void operator()(heif_image_handle *handle) const { heif_image_handle_release(handle); }
+    const MediaLibraries::Heif *heif;
+    void operator()(heif_image_handle *handle) const { heif->imageHandleRelease(handle); }
 };
 
 QSize qtReaderSize(const QString &path, const QByteArray &format)
@@ -71,21 +72,24 @@ QSize gifSize(const QString &path)
 
 QSize heicSize(const QString &path)
 {
-    std::unique_ptr<heif_context, HeifContextDeleter> context(heif_context_alloc());
-    if (!context)
-        return unknown;
     HeaderFile file(path);
     if (!file.isOpen())
         return unknown;
+    const MediaLibraries::Heif *heif = MediaLibraries::heif();
+    if (!heif)
+        return unknown;
+    std::unique_ptr<heif_context, HeifContextDeleter> context(heif->contextAlloc(), HeifContextDeleter{heif});
+    if (!context)
+        return unknown;
     // Reading the file parses its boxes; the coded picture itself is not touched.
     static const heif_reader reader = headerFileReader();
-    if (heif_context_read_from_reader(context.get(), &reader, &file, nullptr).code != heif_error_Ok)
+    if (heif->contextReadFromReader(context.get(), &reader, &file, nullptr).code != heif_error_Ok)
         return unknown;
     heif_image_handle *raw = nullptr;
-    if (heif_context_get_primary_image_handle(context.get(), &raw).code != heif_error_Ok)
+    if (heif->contextGetPrimaryImageHandle(context.get(), &raw).code != heif_error_Ok)
         return unknown;
-    std::unique_ptr<heif_image_handle, HeifHandleDeleter> handle(raw);
-    const QSize size(heif_image_handle_get_width(handle.get()), heif_image_handle_get_height(handle.get()));
+    std::unique_ptr<heif_image_handle, HeifHandleDeleter> handle(raw, HeifHandleDeleter{heif});
+    const QSize size(heif->imageHandleGetWidth(handle.get()), heif->imageHandleGetHeight(handle.get()));
     return size.isValid() ? size : unknown;
 }
 

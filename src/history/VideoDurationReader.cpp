@@ -1,14 +1,9 @@
 #include "history/VideoDurationReader.h"
 
 #include "history/HeaderFile.h"
+#include "history/MediaLibraries.h"
 
 #include <QFile>
-
-extern "C" {
-#include <libavformat/avformat.h>
-#include <libavutil/mem.h>
-#include <libavutil/log.h>
-}
 
 #include <algorithm>
 #include <cmath>
@@ -50,15 +45,17 @@ int64_t seekTo(void *opaque, int64_t offset, int whence)
 }
 
 struct IoContextDeleter {
+    const MediaLibraries::AvFormat *av;
     void operator()(AVIOContext *io) const
     {
-        av_freep(&io->buffer);
-        avio_context_free(&io);
+        av->freep(&io->buffer);
+        av->ioContextFree(&io);
     }
 };
 
 struct InputCloser {
-    void operator()(AVFormatContext *context) const { avformat_close_input(&context); }
+    const MediaLibraries::AvFormat *av;
+    void operator()(AVFormatContext *context) const { av->closeInput(&context); }
 };
 
 double streamSeconds(const AVFormatContext &context)
@@ -82,28 +79,31 @@ double seconds(const QString &path)
     // Captures are MP4 or QuickTime, which one demuxer reads: naming it spares
     // probing the file against every format libavformat knows, which costs
     // more than reading the header itself. Whatever else it is, it fails here.
-    static const AVInputFormat *const quickTime = av_find_input_format("mov");
     HeaderFile file(path);
     if (!file.isOpen())
         return 0;
-    auto *buffer = static_cast<unsigned char *>(av_malloc(ioBufferSize));
+    const MediaLibraries::AvFormat *av = MediaLibraries::avFormat();
+    if (!av)
+        return 0;
+    static const AVInputFormat *const quickTime = av->findInputFormat("mov");
+    auto *buffer = static_cast<unsigned char *>(av->malloc(ioBufferSize));
     if (!buffer)
         return 0;
     // Declared before the format context, so that it outlives it.
     std::unique_ptr<AVIOContext, IoContextDeleter> io(
-        avio_alloc_context(buffer, ioBufferSize, 0, &file, readPacket, nullptr, seekTo));
+        av->ioAllocContext(buffer, ioBufferSize, 0, &file, readPacket, nullptr, seekTo), IoContextDeleter{av});
     if (!io) {
-        av_free(buffer);
+        av->free(buffer);
         return 0;
     }
-    AVFormatContext *raw = avformat_alloc_context();
+    AVFormatContext *raw = av->allocContext();
     if (!raw)
         return 0;
     raw->pb = io.get();
     // On failure avformat_open_input frees the context itself.
-    if (avformat_open_input(&raw, QFile::encodeName(path).constData(), quickTime, nullptr) < 0)
+    if (av->openInput(&raw, QFile::encodeName(path).constData(), quickTime, nullptr) < 0)
         return 0;
-    std::unique_ptr<AVFormatContext, InputCloser> context(raw);
+    std::unique_ptr<AVFormatContext, InputCloser> context(raw, InputCloser{av});
     double value = 0;
     if (context->duration != AV_NOPTS_VALUE && context->duration > 0)
         value = static_cast<double>(context->duration) / AV_TIME_BASE;
@@ -114,7 +114,7 @@ double seconds(const QString &path)
 
 void quietLibraryLog()
 {
-    av_log_set_level(AV_LOG_QUIET);
+    MediaLibraries::quietAvFormatLog();
 }
 
 } // namespace VideoDurationReader

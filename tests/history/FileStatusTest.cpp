@@ -9,6 +9,10 @@
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
 
 namespace {
 
@@ -101,6 +105,43 @@ TEST_F(FileStatusOnDisk, ASetModificationTimeInThePastIsTheCreationDate)
     const auto status = FileStatus::of(path("old.png"));
     ASSERT_TRUE(status && status->creationDate);
     EXPECT_LT(std::abs(status->creationDate->msecsTo(past)), 1000);
+}
+
+TEST_F(FileStatusOnDisk, IdentityFollowsContentsAndReplacement)
+{
+    HistoryTestFiles::writeBytes(path("a.png"), "xy");
+    const auto before = FileStatus::of(path("a.png"));
+    ASSERT_TRUE(before);
+    EXPECT_EQ(before->identity.size, 2);
+    EXPECT_NE(before->identity.inode, 0u);
+    EXPECT_NE(before->identity.modifiedNs, 0);
+    EXPECT_EQ(FileStatus::of(path("a.png"))->identity, before->identity);
+
+    HistoryTestFiles::writeBytes(path("a.png"), "xyz");
+    EXPECT_EQ(FileStatus::of(path("a.png"))->identity.size, 3);
+    EXPECT_EQ(FileStatus::of(path("a.png"))->identity.inode, before->identity.inode);
+
+    HistoryTestFiles::writeBytes(path("b.png"), "xyz");
+    ASSERT_EQ(::rename(QFile::encodeName(path("b.png")).constData(), QFile::encodeName(path("a.png")).constData()), 0);
+    EXPECT_NE(FileStatus::of(path("a.png"))->identity.inode, before->identity.inode);
+}
+
+TEST_F(FileStatusOnDisk, AnEntryLookedUpInItsFolderIsTheSameAsByPath)
+{
+    HistoryTestFiles::writeBytes(path("a.png"), "x");
+    QFile::link(path("a.png"), path("link.png"));
+    const int folder = ::open(QFile::encodeName(dir.path()).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_GE(folder, 0);
+    const auto inFolder = FileStatus::in(folder, "a.png");
+    const auto link = FileStatus::in(folder, "link.png");
+    const auto missing = FileStatus::in(folder, "missing.png");
+    ::close(folder);
+    ASSERT_TRUE(inFolder && link);
+    EXPECT_EQ(inFolder->identity, FileStatus::of(path("a.png"))->identity);
+    EXPECT_EQ(inFolder->creationDate, FileStatus::of(path("a.png"))->creationDate);
+    EXPECT_TRUE(inFolder->regularFile);
+    EXPECT_FALSE(link->regularFile);
+    EXPECT_FALSE(missing);
 }
 
 } // namespace

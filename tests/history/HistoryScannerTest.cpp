@@ -1,9 +1,12 @@
 #include "history/HistoryScanner.h"
 
+#include "history/HeaderFactsCache.h"
+
 #include "HistoryTestFiles.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QMap>
 #include <QSize>
 #include <QTemporaryDir>
@@ -12,6 +15,8 @@
 
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cstdio>
 
 namespace {
 
@@ -178,6 +183,116 @@ TEST_F(HistoryScannerTest, ListingKeepsEveryCaptureOfALargeFolder)
     for (int i = 0; i < 300; ++i)
         HistoryTestFiles::writeBytes(path(QStringLiteral("glimpso-%1.png").arg(i, 4, 10, QLatin1Char('0'))), "x");
     EXPECT_EQ(HistoryScanner::list(dir.path(), std::nullopt).size(), 300);
+}
+
+} // namespace
+
+namespace {
+
+// Listings through the header cache give what listings without it give.
+class HistoryScannerCacheTest : public HistoryScannerTest
+{
+protected:
+    QString cacheFile() const { return dir.filePath("cache/history-headers"); }
+    QString folder() const { return dir.filePath("save"); }
+    QString capture(const QString &name) const { return folder() + u'/' + name; }
+
+    void SetUp() override { QDir().mkpath(folder()); }
+
+    QMap<QString, QSize> sizes(const QString &cache) const
+    {
+        QMap<QString, QSize> result;
+        for (const HistoryItem &item : HistoryScanner::list(folder(), std::nullopt, cache))
+            result.insert(QFileInfo(*item.path).fileName(), QSize(item.pixelWidth, item.pixelHeight));
+        return result;
+    }
+    // A cache that says every listed file is 7 x 9: what a listing takes from it shows.
+    void plantFakeSizes() const
+    {
+        HeaderFactsCache cache(folder());
+        for (const QString &name : HistoryScanner::candidateNames(folder()))
+            cache.insert(name, FileStatus::of(capture(name))->identity, {7, 9, 0});
+        ASSERT_TRUE(cache.save(cacheFile()));
+    }
+};
+
+TEST_F(HistoryScannerCacheTest, ListingWritesTheCacheAndTakesUnchangedFilesFromIt)
+{
+    HistoryTestFiles::writePng(capture("glimpso-a.png"), 30, 20);
+    ASSERT_TRUE(HistoryTestFiles::writeVideo(capture("glimpso-b.mp4"), 1.5));
+    const QList<HistoryItem> uncached = HistoryScanner::list(folder(), std::nullopt);
+    EXPECT_EQ(HistoryScanner::list(folder(), std::nullopt, cacheFile()), uncached);
+    const HeaderFactsCache written = HeaderFactsCache::load(cacheFile(), folder());
+    EXPECT_EQ(written.size(), 2);
+    EXPECT_EQ(written.find("glimpso-a.png", FileStatus::of(capture("glimpso-a.png"))->identity),
+              (HeaderFactsCache::Facts{30, 20, 0}));
+    EXPECT_EQ(HistoryScanner::list(folder(), std::nullopt, cacheFile()), uncached);
+
+    plantFakeSizes();
+    EXPECT_EQ(sizes(cacheFile()).value("glimpso-a.png"), QSize(7, 9));
+}
+
+TEST_F(HistoryScannerCacheTest, AChangedSizeModificationTimeOrInodeIsReadAgain)
+{
+    HistoryTestFiles::writePng(capture("glimpso-size.png"), 30, 20);
+    HistoryTestFiles::writePng(capture("glimpso-time.png"), 30, 20);
+    HistoryTestFiles::writePng(capture("glimpso-inode.png"), 30, 20);
+    HistoryTestFiles::writePng(capture("glimpso-same.png"), 30, 20);
+    const QDateTime date = QDateTime::currentDateTimeUtc().addSecs(-3600);
+    HistoryTestFiles::setDate(capture("glimpso-inode.png"), date);
+    plantFakeSizes();
+
+    HistoryTestFiles::writePng(capture("glimpso-size.png"), 300, 200);
+    HistoryTestFiles::setDate(capture("glimpso-time.png"), date);
+    // The same bytes and date in a new file put in its place, as an atomic save does.
+    ASSERT_TRUE(QFile::copy(capture("glimpso-inode.png"), capture("inode.tmp")));
+    HistoryTestFiles::setDate(capture("inode.tmp"), date);
+    ASSERT_EQ(::rename(QFile::encodeName(capture("inode.tmp")).constData(),
+                       QFile::encodeName(capture("glimpso-inode.png")).constData()),
+              0);
+
+    const QMap<QString, QSize> listed = sizes(cacheFile());
+    EXPECT_EQ(listed.value("glimpso-size.png"), QSize(300, 200));
+    EXPECT_EQ(listed.value("glimpso-time.png"), QSize(30, 20));
+    EXPECT_EQ(listed.value("glimpso-inode.png"), QSize(30, 20));
+    EXPECT_EQ(listed.value("glimpso-same.png"), QSize(7, 9));
+    // What was read again is what the cache now holds.
+    EXPECT_EQ(sizes(cacheFile()).value("glimpso-size.png"), QSize(300, 200));
+}
+
+TEST_F(HistoryScannerCacheTest, ADamagedCacheGivesTheSameListingAndIsWrittenAnew)
+{
+    HistoryTestFiles::writePng(capture("glimpso-a.png"), 30, 20);
+    HistoryTestFiles::writeGif(capture("glimpso-b.gif"), 20, 10);
+    const QList<HistoryItem> uncached = HistoryScanner::list(folder(), std::nullopt);
+    HistoryTestFiles::writeBytes(cacheFile(), "glimpso history headers\n\x00\x00\x00\x01 garbage");
+    EXPECT_EQ(HistoryScanner::list(folder(), std::nullopt, cacheFile()), uncached);
+    EXPECT_EQ(HeaderFactsCache::load(cacheFile(), folder()).size(), 2);
+}
+
+TEST_F(HistoryScannerCacheTest, ACacheThatCannotBeWrittenGivesTheSameListing)
+{
+    HistoryTestFiles::writePng(capture("glimpso-a.png"), 30, 20);
+    HistoryTestFiles::writeBytes(dir.filePath("plain-file"), "x");
+    const QString unwritable = dir.filePath("plain-file/history-headers");
+    EXPECT_EQ(HistoryScanner::list(folder(), std::nullopt, unwritable), HistoryScanner::list(folder(), std::nullopt));
+    EXPECT_EQ(sizes(unwritable).value("glimpso-a.png"), QSize(30, 20));
+}
+
+TEST_F(HistoryScannerCacheTest, GoneFilesLeaveTheCacheAndThoseBeyondTheReachStay)
+{
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    HistoryTestFiles::writePng(capture("glimpso-gone.png"), 30, 20);
+    HistoryTestFiles::writePng(capture("glimpso-old.png"), 30, 20);
+    HistoryTestFiles::setDate(capture("glimpso-old.png"), now.addSecs(-25 * 3600));
+    HistoryScanner::list(folder(), std::nullopt, cacheFile());
+    ASSERT_EQ(HeaderFactsCache::load(cacheFile(), folder()).size(), 2);
+
+    QFile::remove(capture("glimpso-gone.png"));
+    EXPECT_TRUE(HistoryScanner::list(folder(), HistoryScanner::cutoff(HistoryRetention::day, now), cacheFile()).isEmpty());
+    const HeaderFactsCache cache = HeaderFactsCache::load(cacheFile(), folder());
+    EXPECT_EQ(cache.size(), 1);
+    EXPECT_TRUE(cache.find("glimpso-old.png", FileStatus::of(capture("glimpso-old.png"))->identity));
 }
 
 } // namespace

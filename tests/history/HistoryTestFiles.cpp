@@ -120,6 +120,7 @@ void setDate(const QString &path, const QDateTime &date)
 HistoryTestHome::HistoryTestHome()
     : m_oldHome(qgetenv("HOME"))
     , m_oldDataHome(qgetenv("XDG_DATA_HOME"))
+    , m_oldCacheHome(qgetenv("XDG_CACHE_HOME"))
 {
     // The Trash of the home's file system is the one in $XDG_DATA_HOME, so a
     // home inside the temporary folder keeps trashed files in there too.
@@ -127,6 +128,8 @@ HistoryTestHome::HistoryTestHome()
     QDir().mkpath(saveFolder());
     qputenv("HOME", QFile::encodeName(home));
     qputenv("XDG_DATA_HOME", QFile::encodeName(home + QStringLiteral("/.local/share")));
+    // The store's header cache goes to the test's home too, not the runner's.
+    qputenv("XDG_CACHE_HOME", QFile::encodeName(home + QStringLiteral("/.cache")));
     m_settings = std::make_unique<AppSettings>(m_storage, m_loginItem);
     m_settings->setSaveDirectory(saveFolder());
 }
@@ -138,4 +141,8 @@ HistoryTestHome::~HistoryTestHome()
         qunsetenv("XDG_DATA_HOME");
     else
         qputenv("XDG_DATA_HOME", m_oldDataHome);
+    if (m_oldCacheHome.isNull())
+        qunsetenv("XDG_CACHE_HOME");
+    else
+        qputenv("XDG_CACHE_HOME", m_oldCacheHome);
 }

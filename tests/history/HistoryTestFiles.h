@@ -37,6 +37,7 @@ public:
 
     QString saveFolder() const { return m_dir.filePath(QStringLiteral("home/Pictures/Screenshots")); }
     QString supportFolder() const { return m_dir.filePath(QStringLiteral("home/.local/share/glimpso")); }
+    QString headerCacheFile() const { return m_dir.filePath(QStringLiteral("home/.cache/glimpso/history-headers")); }
     QString trashFilesFolder() const { return m_dir.filePath(QStringLiteral("home/.local/share/Trash/files")); }
     QString savePath(const QString &name) const { return saveFolder() + u'/' + name; }
     AppSettings &settings() { return *m_settings; }
@@ -45,6 +46,7 @@ private:
     QTemporaryDir m_dir;
     QByteArray m_oldHome;
     QByteArray m_oldDataHome;
+    QByteArray m_oldCacheHome;
     MemorySettingsStorage m_storage;
     InertLoginItem m_loginItem;
     std::unique_ptr<AppSettings> m_settings;

@@ -1,4 +1,4 @@
-#include "app/HistoryListCommand.h"
+#include "history/HistoryListCommand.h"
 
 #include "history/HistoryStore.h"
 
@@ -38,7 +38,7 @@ QString measure(const HistoryItem &item)
 } // namespace
 
 HistoryListCommand::Outcome HistoryListCommand::run(const QStringList &arguments, AppSettings &settings,
-                                                    const QString &supportFolder)
+                                                    const QString &supportFolder, const QString &headerCacheFile)
 {
     bool json = false;
     if (arguments.value(0) != u"--list")
@@ -48,16 +48,17 @@ HistoryListCommand::Outcome HistoryListCommand::run(const QStringList &arguments
             return {2, {}, usageError()};
         json = true;
     }
-    const QList<HistoryItem> items = listing(settings, supportFolder);
+    const QList<HistoryItem> items = listing(settings, supportFolder, headerCacheFile);
     return {0, json ? formatJson(items) : formatLines(items), {}};
 }
 
-QList<HistoryItem> HistoryListCommand::listing(AppSettings &settings, const QString &supportFolder)
+QList<HistoryItem> HistoryListCommand::listing(AppSettings &settings, const QString &supportFolder,
+                                               const QString &headerCacheFile)
 {
     // The store lists the folder off this thread and hands the list back
     // through the event loop, exactly as it does for the panel.
     QEventLoop loop;
-    HistoryStore store(settings, supportFolder);
+    HistoryStore store(settings, supportFolder, headerCacheFile);
     QList<HistoryItem> items;
     QObject::connect(&store, &HistoryStore::itemsChanged, &loop, [&](const QList<HistoryItem> &listed) {
         items = listed;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "history/HeaderFactsCache.h"
 #include "history/HistoryItem.h"
 #include "settings/AppSettings.h"
 
@@ -19,8 +20,10 @@ public:
         QString error;
     };
 
-    // `arguments` are those after the verb.
-    static Outcome run(const QStringList &arguments, AppSettings &settings, const QString &supportFolder);
+    // `arguments` are those after the verb. Header facts are cached in
+    // `headerCacheFile`, as the application does.
+    static Outcome run(const QStringList &arguments, AppSettings &settings, const QString &supportFolder,
+                       const QString &headerCacheFile = HeaderFactsCache::defaultFilePath());
 
     // One line per item, fields split by a tab: the date (local time, ISO 8601
     // with its offset), the kind, the pixel size "WxH" or the length "12.34s"
@@ -32,5 +35,6 @@ public:
     static QString formatJson(const QList<HistoryItem> &items);
 
 private:
-    static QList<HistoryItem> listing(AppSettings &settings, const QString &supportFolder);
+    static QList<HistoryItem> listing(AppSettings &settings, const QString &supportFolder,
+                                      const QString &headerCacheFile);
 };

@@ -1,4 +1,4 @@
-#include "app/HistoryListCommand.h"
+#include "history/HistoryListCommand.h"
 
 #include "settings/LoginItem.h"
 #include "settings/SettingsStorage.h"
@@ -27,6 +27,7 @@ protected:
     AppSettings settings{storage, loginItem};
     QString save = dir.filePath("save");
     QString support = dir.filePath("support");
+    QString cache = dir.filePath("cache/history-headers");
 
     void SetUp() override
     {
@@ -84,7 +85,7 @@ TEST_F(HistoryListCommandTest, ListsNewestFirstWithinTheReach)
     capture("glimpso-ancient.png", 5, 5, now.addDays(-40));
     capture("someone-else.png", 5, 5, now);
 
-    const auto outcome = HistoryListCommand::run({"--list"}, settings, support);
+    const auto outcome = HistoryListCommand::run({"--list"}, settings, support, cache);
     EXPECT_EQ(outcome.exitCode, 0);
     const QStringList lines = outcome.output.split(u'\n', Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 2);
@@ -99,7 +100,7 @@ TEST_F(HistoryListCommandTest, JsonIsAnArrayOfItemsInTheirStoredForm)
     const QString older = capture("glimpso-older.png", 20, 10, now.addDays(-40));
     const QString newer = capture("glimpso-newer.png", 30, 15, now.addSecs(-60));
 
-    const auto outcome = HistoryListCommand::run({"--list", "--json"}, settings, support);
+    const auto outcome = HistoryListCommand::run({"--list", "--json"}, settings, support, cache);
     EXPECT_EQ(outcome.exitCode, 0);
     const QJsonArray array = QJsonDocument::fromJson(outcome.output.toUtf8()).array();
     ASSERT_EQ(array.size(), 2);
@@ -113,14 +114,14 @@ TEST_F(HistoryListCommandTest, JsonIsAnArrayOfItemsInTheirStoredForm)
 
 TEST_F(HistoryListCommandTest, EmptyFolderGivesNothingOrAnEmptyArray)
 {
-    EXPECT_EQ(HistoryListCommand::run({"--list"}, settings, support).output, "");
-    EXPECT_EQ(HistoryListCommand::run({"--list", "--json"}, settings, support).output, "[]");
+    EXPECT_EQ(HistoryListCommand::run({"--list"}, settings, support, cache).output, "");
+    EXPECT_EQ(HistoryListCommand::run({"--list", "--json"}, settings, support, cache).output, "[]");
 }
 
 TEST_F(HistoryListCommandTest, WrongOptionsAreUsageErrors)
 {
     for (const QStringList &arguments : {QStringList{"--json"}, QStringList{"--list", "--xml"}, QStringList{"list"}}) {
-        const auto outcome = HistoryListCommand::run(arguments, settings, support);
+        const auto outcome = HistoryListCommand::run(arguments, settings, support, cache);
         EXPECT_EQ(outcome.exitCode, 2);
         EXPECT_EQ(outcome.error, "glimpso: usage: glimpso history --list [--json]");
         EXPECT_TRUE(outcome.output.isEmpty());
