@@ -23,55 +23,54 @@ int PaletteMapper::distance(Colour a, Colour b)
     return weightR * dr * dr + weightG * dg * dg + weightB * db * db;
 }
 
-PaletteMapper::PaletteMapper(std::span<const Colour> palette) : palette_(palette.begin(), palette.end())
+PaletteMapper::PaletteMapper(std::span<const Colour> palette)
+    : palette_(palette.begin(), palette.end()), cells_(std::size_t(cellsPerSide * cellsPerSide * cellsPerSide))
 {
-    byGreen_.resize(palette_.size());
-    for (std::size_t i = 0; i < palette_.size(); ++i)
-        byGreen_[i] = std::uint8_t(i);
-    std::stable_sort(byGreen_.begin(), byGreen_.end(),
-                     [this](std::uint8_t a, std::uint8_t b) { return palette_[a].g < palette_[b].g; });
-    greens_.resize(palette_.size());
-    for (std::size_t i = 0; i < palette_.size(); ++i)
-        greens_[i] = palette_[byGreen_[i]].g;
 }
 
-std::uint8_t PaletteMapper::search(Colour c) const
+const std::vector<std::uint8_t> &PaletteMapper::candidates(Colour c)
 {
-    // Walk out from the pixel's green in both directions; a side is done once
-    // its green difference alone costs more than the best entry found.
-    const auto start = std::size_t(std::lower_bound(greens_.begin(), greens_.end(), c.g) - greens_.begin());
+    const int r = c.r >> cellBits, g = c.g >> cellBits, b = c.b >> cellBits;
+    std::vector<std::uint8_t> &cell = cells_[std::size_t((r * cellsPerSide + g) * cellsPerSide + b)];
+    if (!cell.empty())
+        return cell;
+    // An entry can be nearest to some colour of the cell only if its least
+    // distance to the cell is no more than the smallest, over all entries, of
+    // the greatest distance to the cell: that entry is at least that close to
+    // every colour in it.
+    const int size = 1 << cellBits;
+    const int low[3] = {r * size, g * size, b * size};
+    const int weights[3] = {weightR, weightG, weightB};
+    std::vector<int> least(palette_.size());
+    int bound = std::numeric_limits<int>::max();
+    for (std::size_t i = 0; i < palette_.size(); ++i) {
+        const int value[3] = {palette_[i].r, palette_[i].g, palette_[i].b};
+        int dmin = 0, dmax = 0;
+        for (int k = 0; k < 3; ++k) {
+            const int lo = low[k], hi = low[k] + size - 1;
+            const int inside = value[k] < lo ? lo - value[k] : value[k] > hi ? value[k] - hi : 0;
+            const int outside = std::max(value[k] - lo, hi - value[k]);
+            dmin += weights[k] * inside * inside;
+            dmax += weights[k] * outside * outside;
+        }
+        least[i] = dmin;
+        bound = std::min(bound, dmax);
+    }
+    for (std::size_t i = 0; i < palette_.size(); ++i)
+        if (least[i] <= bound)
+            cell.push_back(std::uint8_t(i));
+    return cell;
+}
+
+std::uint8_t PaletteMapper::search(Colour c)
+{
     int best = std::numeric_limits<int>::max();
     std::uint8_t bestIndex = 0;
-    auto consider = [&](std::size_t k) {
-        const std::uint8_t index = byGreen_[k];
+    for (const std::uint8_t index : candidates(c)) {
         const int d = distance(c, palette_[index]);
-        if (d < best || (d == best && index < bestIndex)) {
+        if (d < best) {
             best = d;
             bestIndex = index;
-        }
-    };
-    std::size_t up = start;
-    std::size_t down = start;
-    bool upOpen = up < greens_.size();
-    bool downOpen = down > 0;
-    while (upOpen || downOpen) {
-        if (upOpen) {
-            const int dg = int(greens_[up]) - int(c.g);
-            if (weightG * dg * dg > best)
-                upOpen = false;
-            else {
-                consider(up);
-                upOpen = ++up < greens_.size();
-            }
-        }
-        if (downOpen) {
-            const int dg = int(c.g) - int(greens_[down - 1]);
-            if (weightG * dg * dg > best)
-                downOpen = false;
-            else {
-                consider(--down);
-                downOpen = down > 0;
-            }
         }
     }
     return bestIndex;

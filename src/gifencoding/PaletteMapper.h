@@ -11,7 +11,10 @@ namespace gifencoding {
 // nearest entry, with no error diffusion. Screen content repeats colours
 // (flat fills, gradients that are constant along a row, text), so a pixel
 // equal to the one before it, or to one met recently, costs one comparison;
-// a new colour searches only the entries near it in green. While mapping it
+// a new colour searches only the entries that can be nearest to anything in
+// its cell of the colour cube (16 levels a side, worked out the first time a
+// pixel falls in the cell), so a photograph's many colours stay cheap. While
+// mapping it
 // keeps, for every entry, the mean of the pixels given to it, so the palette
 // can be moved onto those means afterwards (one k-means step: the same
 // indices then show the picture closer to the source).
@@ -40,12 +43,15 @@ public:
     static int distance(Colour a, Colour b);
 
 private:
-    std::uint8_t search(Colour c) const;
+    std::uint8_t search(Colour c);
+    const std::vector<std::uint8_t> &candidates(Colour c);
 
     std::vector<Colour> palette_;
-    // The entries sorted by green, for a search that starts at the pixel's green.
-    std::vector<std::uint8_t> byGreen_;
-    std::vector<std::uint8_t> greens_;
+    // For each cell of the colour cube, the entries that can be nearest to a
+    // colour in it (in index order); empty until first needed.
+    static constexpr int cellBits = 4;
+    static constexpr int cellsPerSide = 256 >> cellBits;
+    std::vector<std::vector<std::uint8_t>> cells_;
 
     static constexpr std::size_t cacheSize = 4096;
     std::array<std::uint32_t, cacheSize> cacheKeys_{}; // colour | 1 << 24, 0 when empty
