@@ -40,6 +40,28 @@ TEST(PaletteMapper, FindsTheNearestEntryOfEveryPalette)
     }
 }
 
+TEST(PaletteMapper, FindsTheNearestEntryWhenEntriesCrowdOneCellOfTheCube)
+{
+    // 200 entries inside the colours 32..47 of every channel, a few far away,
+    // and colours asked from everywhere, cell edges included.
+    std::mt19937 random(3);
+    std::vector<Colour> palette;
+    for (int i = 0; i < 200; ++i)
+        palette.push_back(Colour{std::uint8_t(32 + random() % 16), std::uint8_t(32 + random() % 16),
+                                 std::uint8_t(32 + random() % 16)});
+    palette.insert(palette.end(), {{0, 0, 0}, {255, 255, 255}, {255, 0, 0}, {15, 16, 31}, {48, 47, 63}});
+    PaletteMapper mapper(palette);
+    for (int r = 0; r < 256; r += 5)
+        for (int g = 0; g < 256; g += 7)
+            for (const int b : {0, 15, 16, 31, 32, 40, 47, 48, 63, 64, 200, 255}) {
+                const Colour c{std::uint8_t(r), std::uint8_t(g), std::uint8_t(b)};
+                ASSERT_EQ(PaletteMapper::distance(c, palette[mapper.nearest(c)]),
+                          PaletteMapper::distance(c, palette[bruteForceNearest(palette, c)]))
+                    << int(c.r) << "," << int(c.g) << "," << int(c.b);
+                ASSERT_EQ(mapper.nearest(c), bruteForceNearest(palette, c));
+            }
+}
+
 TEST(PaletteMapper, GivesTheLowestIndexAmongEqualEntries)
 {
     const std::vector<Colour> palette{{200, 0, 0}, {10, 20, 30}, {10, 20, 30}, {0, 0, 0}};
