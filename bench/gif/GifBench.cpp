@@ -4,7 +4,7 @@
 // display server's damage) or whole. Prints one line of figures.
 //
 //   glimpso-gifbench --input VIDEO --fps N --out FILE [--whole-frames] [--realtime]
-//                    [--speed 1..10] [--dither 0..1]   (the coder's settings, for tuning)
+//                    [--speed 1..10] [--dither 0..1] [--quality 0..100]   (the coder's settings, for tuning)
 //                    [--decode-only]   (everything but the writer: the baseline of the figures)
 //
 // By default a refused frame is offered again after 2 ms, as a conversion
@@ -79,6 +79,8 @@ Options parse(int argc, char **argv)
             o.coder.speed = std::stoi(value());
         else if (a == "--dither")
             o.coder.ditheringLevel = std::stof(value());
+        else if (a == "--quality")
+            o.coder.maxQuality = std::stoi(value());
         else
             throw std::runtime_error("unknown option " + a);
     }

@@ -22,9 +22,15 @@ public:
         int speed = 8;
         // Strength of the error diffusion, 0 (none) to 1 (full Floyd–Steinberg).
         float ditheringLevel = 1.0f;
+        // libimagequant's target quality, 0 to 100: a picture it can show at
+        // this quality with fewer than 256 colours gets fewer, which shortens
+        // the LZW data (a smooth gradient cut into fewer, wider bands). 100
+        // always takes all 256.
+        int maxQuality = 100;
     };
 
-    // What the writer uses unless told otherwise: speed 10, no dithering.
+    // What the writer uses unless told otherwise: speed 10, no dithering,
+    // target quality 98.
     static Settings liveSettings();
 
     OneImageGIFCoder() : OneImageGIFCoder(liveSettings()) {}

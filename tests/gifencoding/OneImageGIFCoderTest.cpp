@@ -134,6 +134,65 @@ TEST(OneImageGIFCoder, CodesARowOfAStridedCrop)
     EXPECT_LE(GIFReadBack::meanDifference(giflib.frames[0].rgb, canvas.rgb()), 6.0);
 }
 
+// Decodes a coded picture with both readers and checks it against the source.
+void expectClose(const std::vector<std::uint8_t> &gif, const Image &image, const char *name, double meanLimit,
+                 int largestLimit)
+{
+    const auto path = saved(gif, name);
+    const auto giflib = GIFReadBack::withGiflib(path);
+    const auto magick = GIFReadBack::withImageMagick(path);
+    std::filesystem::remove(path);
+    TestImages::Canvas canvas(image.width(), image.height());
+    canvas.paint(image, 0, 0);
+    ASSERT_EQ(giflib.frames.size(), 1u) << name;
+    ASSERT_EQ(magick.frames.size(), 1u) << name;
+    EXPECT_LE(GIFReadBack::meanDifference(giflib.frames[0].rgb, canvas.rgb()), meanLimit) << name;
+    EXPECT_LE(GIFReadBack::meanDifference(magick.frames[0].rgb, canvas.rgb()), meanLimit) << name;
+    EXPECT_LE(GIFReadBack::largestDifference(giflib.frames[0].rgb, canvas.rgb()), largestLimit) << name;
+}
+
+TEST(OneImageGIFCoder, QuantisesAPictureOfMoreColoursThanItCountsOneByOne)
+{
+    // 512 × 512 with a different colour in nearly every pixel: far more than
+    // the colour count keeps apart, so it counts with low bits dropped.
+    std::vector<std::uint8_t> bgra;
+    for (int y = 0; y < 512; ++y)
+        for (int x = 0; x < 512; ++x)
+            bgra.insert(bgra.end(), {std::uint8_t(x / 2), std::uint8_t(y / 2), std::uint8_t((x + y) / 4), 255});
+    const Image image = Image::fromBGRA(bgra, 512, 512);
+    const auto gif = OneImageGIFCoder().encode(image);
+    ASSERT_TRUE(gif);
+    expectClose(*gif, image, "many", 6.0, 48);
+}
+
+TEST(OneImageGIFCoder, DiffusesTheErrorWhenAskedTo)
+{
+    const Image image = TestImages::gradient(160, 120, 1);
+    const auto plain = OneImageGIFCoder().encode(image);
+    const auto dithered = OneImageGIFCoder(OneImageGIFCoder::Settings{8, 1.0f, 100}).encode(image);
+    ASSERT_TRUE(plain);
+    ASSERT_TRUE(dithered);
+    EXPECT_NE(*plain, *dithered);
+    expectClose(*dithered, image, "dithered", 6.0, 64);
+}
+
+TEST(OneImageGIFCoder, TakesFewerBytesForAGradientAtALowerTargetQuality)
+{
+    // A soft wallpaper gradient: some 1,500 colours, each close to its neighbours.
+    std::vector<std::uint8_t> bgra;
+    for (int y = 0; y < 200; ++y)
+        for (int x = 0; x < 300; ++x)
+            bgra.insert(bgra.end(), {std::uint8_t(118), std::uint8_t(60 + y / 5), std::uint8_t(40 + x / 8), 255});
+    const Image image = Image::fromBGRA(bgra, 300, 200);
+    const auto full = OneImageGIFCoder(OneImageGIFCoder::Settings{10, 0.0f, 100}).encode(image);
+    const auto live = OneImageGIFCoder().encode(image);
+    ASSERT_TRUE(full);
+    ASSERT_TRUE(live);
+    EXPECT_LT(live->size(), full->size());
+    expectClose(*full, image, "quality100", 1.0, 4);
+    expectClose(*live, image, "quality98", 3.0, 12);
+}
+
 TEST(OneImageGIFCoder, IsAbsentForAnEmptyImage)
 {
     EXPECT_FALSE(OneImageGIFCoder().encode(Image()));
