@@ -248,6 +248,17 @@ start_key_witness() {
 witness_echoes() { xdotool key period; grep -q '\.' "$1"; }
 # witness_mark FILE WORD: types WORD into the focused window and waits until the
 # witness has it; every key pressed before is then in FILE, or never will be.
+# dismiss_overlay: waits for the overlay a shortcut opened, closes it with
+# Escape, and gives the key witness the keyboard again.
+overlay_gone() { ! xdotool search --onlyvisible --name 'glimpso overlay' >/dev/null 2>&1; }
+dismiss_overlay() {
+  wait_for_window "glimpso overlay" 10
+  xdotool key Escape
+  wait_for "the overlay to go" 10 overlay_gone
+  if [ -n "${E2E_WITNESS_WINDOW:-}" ]; then
+    xdotool windowactivate --sync "$E2E_WITNESS_WINDOW" 2>/dev/null || xdotool windowfocus --sync "$E2E_WITNESS_WINDOW"
+  fi
+}
 witness_mark() { xdotool type --delay 20 "$2"; wait_for "'$2' at the key witness" 20 grep -q "$2" "$1"; }
 
 # glimpso_logged TEXT: glimpso's log has a line with TEXT.

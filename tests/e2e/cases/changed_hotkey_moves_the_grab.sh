@@ -26,8 +26,10 @@ wait_for_log "registered 3 → Ctrl+Shift+4" 10
 
 send_keys ctrl+shift+3
 wait_for_log "hot key fired: 2" 10
+dismiss_overlay
 send_keys ctrl+shift+4
 wait_for_log "hot key fired: 3" 10
+dismiss_overlay
 
 # The old region shortcut is free again: the terminal gets it (^@).
 send_keys ctrl+shift+2
