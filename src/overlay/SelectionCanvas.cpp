@@ -165,6 +165,7 @@ void SelectionCanvas::mouseUp(QPointF point)
 
 void SelectionCanvas::arm(const QRectF &rect)
 {
+    qCInfo(lcCanvas, "selection armed: %gx%g at (%g, %g)", rect.width(), rect.height(), rect.x(), rect.y());
     m_armedRect = rect;
     m_editor->setCanvas(rect);
     for (SelectorSurface *surface : std::as_const(m_surfaces))

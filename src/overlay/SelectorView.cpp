@@ -1,5 +1,7 @@
 #include "overlay/SelectorView.h"
 
+#include "annotation/AnnotationRenderer.h"
+#include "annotation/DrawingRules.h"
 #include "overlay/SelectionCanvas.h"
 #include "settings/Hotkey.h"
 
@@ -164,17 +166,113 @@ void SelectorView::invalidateCursors()
     updateCursor(toGlobal(mapFromGlobal(QCursor::pos())));
 }
 
-void SelectorView::renderPreview(const std::optional<QPainterPath> &, const QColor &, qreal, const QColor &) {}
+QRect SelectorView::editingDamage() const
+{
+    // Generous margins: strokes, arrow heads, bubbles and handles reach
+    // beyond the marks' own bounds.
+    constexpr int reach = 40;
+    QRectF covered;
+    const auto add = [&covered](const QRectF &rect) { covered = covered.isNull() ? rect : covered.united(rect); };
+    for (const glimpso::Annotation &annotation : m_annotations)
+        add(annotation.boundingRect());
+    if (m_preview)
+        add(m_preview->boundingRect());
+    if (m_mosaicPreview)
+        add(*m_mosaicPreview);
+    if (m_annotationSelection)
+        add(*m_annotationSelection);
+    for (const QPointF &point : m_pointHandles)
+        add(QRectF(point, QSizeF(1, 1)));
+    return covered.isNull() ? QRect() : covered.toAlignedRect().adjusted(-reach, -reach, reach, reach);
+}
 
-void SelectorView::renderMosaicPreview(const std::optional<QRectF> &, qreal) {}
+void SelectorView::updateEditing(const QRect &before)
+{
+    m_lastDamage = QRegion(before) + QRegion(editingDamage());
+    update(m_lastDamage);
+}
 
-void SelectorView::renderAnnotations(const QList<glimpso::Annotation> &) {}
+void SelectorView::renderPreview(const std::optional<QPainterPath> &path, const QColor &stroke, qreal width,
+                                 const QColor &fill)
+{
+    const QRect before = editingDamage();
+    if (path) {
+        // Global points, y up, to this window.
+        QTransform toWindow;
+        toWindow.translate(-m_frame.left(), m_frame.bottom());
+        toWindow.scale(1, -1);
+        m_preview = toWindow.map(*path);
+    } else {
+        m_preview.reset();
+    }
+    m_previewPen = QPen(stroke, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+    m_previewFill = fill.alpha() ? QBrush(fill) : QBrush(Qt::NoBrush);
+    updateEditing(before);
+}
 
-void SelectorView::renderAnnotationSelection(const std::optional<QRectF> &) {}
+void SelectorView::renderMosaicPreview(const std::optional<QRectF> &frame, qreal block)
+{
+    const QRect before = editingDamage();
+    m_mosaicPreview = frame ? std::optional<QRectF>(toLocal(*frame)) : std::nullopt;
+    m_mosaicPreviewBlock = block;
+    updateEditing(before);
+}
 
-void SelectorView::renderPointHandles(const std::optional<QList<QPointF>> &) {}
+void SelectorView::renderAnnotations(const QList<glimpso::Annotation> &annotations)
+{
+    const QRect before = editingDamage();
+    m_annotations.clear();
+    for (const glimpso::Annotation &annotation : annotations)
+        m_annotations.append(glimpso::DrawingRules::toImageSpace(annotation, m_frame));
+    updateEditing(before);
+}
 
-void SelectorView::showHUD(const QString &, const QRectF &) {}
+void SelectorView::renderAnnotationSelection(const std::optional<QRectF> &rect)
+{
+    const QRect before = editingDamage();
+    m_annotationSelection = rect ? std::optional<QRectF>(toLocal(*rect)) : std::nullopt;
+    updateEditing(before);
+}
+
+void SelectorView::renderPointHandles(const std::optional<QList<QPointF>> &points)
+{
+    const QRect before = editingDamage();
+    m_pointHandles.clear();
+    if (points) {
+        for (const QPointF &point : *points)
+            m_pointHandles.append(toLocal(point));
+    }
+    updateEditing(before);
+}
+
+void SelectorView::showHUD(const QString &text, const QRectF &screen)
+{
+    m_hud = text;
+    // Only the display nearest the pointer shows it.
+    m_hudScreen = screen == m_frame ? std::optional<QRectF>(screen) : std::nullopt;
+    if (!m_hudTimer) {
+        m_hudTimer = new QTimer(this);
+        m_hudTimer->setSingleShot(true);
+        connect(m_hudTimer, &QTimer::timeout, this, [this] {
+            m_hud.clear();
+            update();
+        });
+    }
+    m_hudTimer->start(1200);
+    update();
+}
+
+const QImage &SelectorView::pixellated(qreal block)
+{
+    const int key = int(std::lround(block * m_image.devicePixelRatio()));
+    auto found = m_pixellated.find(key);
+    if (found == m_pixellated.end()) {
+        QImage blocks = glimpso::AnnotationRenderer::pixellate(m_image, key).value_or(m_image);
+        blocks.setDevicePixelRatio(m_image.devicePixelRatio());
+        found = m_pixellated.insert(key, blocks);
+    }
+    return *found;
+}
 
 // ---- painting --------------------------------------------------------------
 
@@ -198,7 +296,9 @@ void SelectorView::paintEvent(QPaintEvent *event)
         paintDim(painter, area);
     }
     painter.setClipRegion(event->region());
+    paintAnnotations(painter, event->region().boundingRect());
     paintSelection(painter);
+    paintEditing(painter);
     if (m_hintShown)
         paintHint(painter);
     paintBadge(painter);
@@ -224,6 +324,71 @@ void SelectorView::paintDim(QPainter &painter, const QRect &area) const
         const QRectF piece = band.intersected(all);
         if (!piece.isEmpty())
             painter.fillRect(piece, m_look.dim);
+    }
+}
+
+void SelectorView::paintAnnotations(QPainter &painter, const QRect &area)
+{
+    painter.setRenderHint(QPainter::Antialiasing, true);
+    for (const glimpso::Annotation &annotation : std::as_const(m_annotations)) {
+        if (!annotation.boundingRect().adjusted(-40, -40, 40, 40).intersects(QRectF(area)))
+            continue;
+        if (const auto *mosaic = annotation.as<glimpso::Annotation::Mosaic>()) {
+            // The whole screen pixellated once per block size, seen through the mosaic's frame.
+            const QImage &blocks = pixellated(mosaic->blockSize);
+            const qreal scale = blocks.devicePixelRatio();
+            const QRectF frame = mosaic->frame.normalized();
+            painter.drawImage(frame, blocks,
+                              QRectF(frame.x() * scale, frame.y() * scale, frame.width() * scale,
+                                     frame.height() * scale));
+            continue;
+        }
+        painter.save();
+        glimpso::AnnotationRenderer::drawMark(painter, annotation);
+        painter.restore();
+    }
+}
+
+void SelectorView::paintEditing(QPainter &painter) const
+{
+    painter.setRenderHint(QPainter::Antialiasing, true);
+    if (m_mosaicPreview) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(QColor(0, 0, 0, 38));
+        painter.drawRect(*m_mosaicPreview);
+    }
+    if (m_preview) {
+        painter.setPen(m_previewPen);
+        painter.setBrush(m_previewFill);
+        painter.drawPath(*m_preview);
+    }
+    if (m_annotationSelection) {
+        QPen dashed(m_look.accent, 1, Qt::DashLine);
+        painter.setPen(dashed);
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(*m_annotationSelection);
+        painter.setPen(QPen(Qt::white, 1));
+        painter.setBrush(m_look.accent);
+        for (glimpso::Handle handle : glimpso::allHandles) {
+            const QPointF centre = glimpso::anchor(handle, *m_annotationSelection);
+            painter.drawRect(QRectF(centre.x() - 4, centre.y() - 4, 8, 8));
+        }
+    }
+    painter.setPen(QPen(Qt::white, 1.5));
+    painter.setBrush(m_look.accent);
+    for (const QPointF &point : m_pointHandles)
+        painter.drawEllipse(point, 5, 5);
+    if (!m_hud.isEmpty() && m_hudScreen) {
+        painter.setFont(m_hintFont);
+        const QFontMetricsF metrics(m_hintFont);
+        const qreal w = metrics.horizontalAdvance(m_hud) + 32;
+        const qreal h = metrics.height() + 14;
+        const QRectF box((width() - w) / 2, height() - h - 80, w, h);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(QColor(0, 0, 0, 160));
+        painter.drawRoundedRect(box, 8, 8);
+        painter.setPen(Qt::white);
+        painter.drawText(box, Qt::AlignCenter, m_hud);
     }
 }
 

@@ -5,7 +5,10 @@
 #include "overlay/OverlayLook.h"
 #include "overlay/SelectorSurface.h"
 
+#include <QHash>
+#include <QPen>
 #include <QPointer>
+#include <QTimer>
 #include <QRectF>
 #include <QString>
 #include <QWidget>
@@ -78,6 +81,13 @@ private:
     void paintSelection(QPainter &painter) const;
     void paintHint(QPainter &painter) const;
     void paintBadge(QPainter &painter) const;
+    void paintAnnotations(QPainter &painter, const QRect &area);
+    void paintEditing(QPainter &painter) const;
+    // The pixellated frozen screen for mosaics of one block size, made once.
+    const QImage &pixellated(qreal block);
+    // Repaints what `before` and the current editing marks cover.
+    void updateEditing(const QRect &before);
+    QRect editingDamage() const;
     // The local area the selection's outline and handles cover.
     QRect selectionDamage() const;
     QRect badgeDamage() const;
@@ -99,6 +109,20 @@ private:
     bool m_hintShown = true;
     QString m_badgeText;
     std::optional<QRectF> m_badge;
+
+    // What the annotation editor shows, in this window's coordinates (y down).
+    QList<glimpso::Annotation> m_annotations;
+    std::optional<QPainterPath> m_preview;
+    QPen m_previewPen;
+    QBrush m_previewFill;
+    std::optional<QRectF> m_mosaicPreview;
+    qreal m_mosaicPreviewBlock = 0;
+    std::optional<QRectF> m_annotationSelection;
+    QList<QPointF> m_pointHandles;
+    QString m_hud;
+    std::optional<QRectF> m_hudScreen;
+    QTimer *m_hudTimer = nullptr;
+    QHash<int, QImage> m_pixellated;
 
     QRegion m_lastDamage;
     bool m_painted = false;
