@@ -17,4 +17,7 @@ public:
     // The same picture without the desktop's icon windows where the backend
     // can leave them out; otherwise the plain picture.
     virtual QFuture<QImage> captureDisplayHidingDesktopIcons(std::uint32_t displayID, double scale) = 0;
+    // Lets go of memory kept to make the next capture quicker; called once
+    // captures have stopped for a while, so an idle copy stays small.
+    virtual void releaseKeptMemory() {}
 };

@@ -34,7 +34,17 @@ AppError asAppError(const std::exception &error)
 
 } // namespace
 
-CaptureCoordinator::CaptureCoordinator(Parts parts, QObject *parent) : QObject(parent), m_parts(std::move(parts)) {}
+CaptureCoordinator::CaptureCoordinator(Parts parts, QObject *parent) : QObject(parent), m_parts(std::move(parts))
+{
+    m_releaseMemory.setSingleShot(true);
+    m_releaseMemory.setInterval(m_parts.keepCaptureMemoryMs);
+    connect(&m_releaseMemory, &QTimer::timeout, this, [this] {
+        if (!m_isCapturing)
+            m_parts.capture.releaseKeptMemory();
+    });
+    connect(this, &CaptureCoordinator::regionFlowEnded, &m_releaseMemory, qOverload<>(&QTimer::start));
+    m_releaseMemory.start();
+}
 
 CaptureCoordinator::~CaptureCoordinator() = default;
 

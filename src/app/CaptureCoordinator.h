@@ -14,6 +14,7 @@
 #include <QFuture>
 #include <QImage>
 #include <QObject>
+#include <QTimer>
 #include <QUrl>
 
 #include <functional>
@@ -82,6 +83,9 @@ public:
         std::function<void(const QString &text)> copyTextToClipboard;
         // Runs `fire` after `seconds`; empty means a timer on this object.
         std::function<void(qint64 seconds, std::function<void()> fire)> after;
+        // How long capture memory is kept after a capture (and after start)
+        // for a quick next one, before an idle copy lets it go.
+        int keepCaptureMemoryMs = 10000;
     };
 
     explicit CaptureCoordinator(Parts parts, QObject *parent = nullptr);
@@ -129,6 +133,7 @@ private:
     void post(const QString &title, const QString &body, double duration, const NoticeAction &action);
 
     Parts m_parts;
+    QTimer m_releaseMemory;
     std::shared_ptr<RegionSelecting> m_regionSelector;
     std::vector<std::unique_ptr<EditorWindow>> m_editorWindows;
     bool m_isCapturing = false;

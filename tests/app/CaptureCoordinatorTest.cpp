@@ -19,9 +19,9 @@
 
 namespace {
 
-bool waitUntil(const std::function<bool()> &condition)
+bool waitUntil(const std::function<bool()> &condition, int milliseconds = 10000)
 {
-    const QDeadlineTimer deadline(10000);
+    const QDeadlineTimer deadline(milliseconds);
     while (!condition()) {
         if (deadline.hasExpired())
             return false;
@@ -48,6 +48,8 @@ struct FakeCapture : CaptureServicing {
     std::map<std::uint32_t, QImage> images;
     QList<std::uint32_t> plainCalls;
     QList<std::uint32_t> hidingCalls;
+    int releases = 0;
+    void releaseKeptMemory() override { ++releases; }
     QFuture<QImage> captureDisplay(std::uint32_t id) override
     {
         plainCalls << id;
@@ -170,6 +172,7 @@ protected:
                 Q_UNUSED(id)
                 return QtFuture::makeReadyFuture(RegionCompositor::Composed{solid(QSize(8, 6), qRgb(9, 9, 9)), 1.0});
             };
+            parts.keepCaptureMemoryMs = keepMemoryMs;
             m_coordinator = std::make_unique<CaptureCoordinator>(std::move(parts));
             QObject::connect(m_coordinator.get(), &CaptureCoordinator::regionFlowEnded,
                              [this](const QString &path, const QString &error) { ended << qMakePair(path, error); });
@@ -195,6 +198,7 @@ protected:
     FakeScreens screens;
     FakeFocus focus;
     bool withEditor = true;
+    int keepMemoryMs = 10000;
     bool recognitionError = false;
     CaptureCoordinator::RecognizedText recognition;
 
@@ -302,6 +306,19 @@ TEST_F(CaptureCoordinatorTest, EscapeGivesTheFocusBackAndLeavesNoSelector)
     ASSERT_EQ(focus.activated.size(), 1);
     EXPECT_EQ(focus.activated[0].name, "xterm");
     EXPECT_FALSE(coordinator().previousFrontmost().has_value());
+}
+
+TEST_F(CaptureCoordinatorTest, CaptureMemoryIsLetGoOnceCapturesHaveStopped)
+{
+    keepMemoryMs = 30;
+    coordinator();
+    // Memory made ready at start goes when no capture comes.
+    ASSERT_TRUE(waitUntil([&] { return capture.releases == 1; }));
+    FakeSelector &selector = startOverlay();
+    // Not while a capture runs.
+    EXPECT_FALSE(waitUntil([&] { return capture.releases > 1; }, 150));
+    selector.finish(RegionResult::cancelled());
+    EXPECT_TRUE(waitUntil([&] { return capture.releases == 2; }));
 }
 
 TEST_F(CaptureCoordinatorTest, ACaptureFromTheEditorKeepsTheWindowBeforeIt)

@@ -120,6 +120,16 @@ void CaptureService::setRenderAllowed(bool allowed)
     m_renderAllowed = allowed;
 }
 
+void CaptureService::releaseKeptMemory()
+{
+    QMutexLocker lock(&m_mutex);
+    const int before = m_pool.blockCount();
+    m_pool.releaseFree(m_x.get(), m_x.generation());
+    if (before != m_pool.blockCount())
+        qCInfo(lcCaptureService, "released kept capture memory: %d block(s) of shared memory",
+               before - m_pool.blockCount());
+}
+
 int CaptureService::sharedBlockCount()
 {
     QMutexLocker lock(&m_mutex);

@@ -42,6 +42,7 @@ public:
     // future finishes when the blocks are ready and free.
     QFuture<void> prepare(QList<QRect> rects);
     QFuture<QImage> captureDisplayHidingDesktopIcons(std::uint32_t displayID, double scale) override;
+    void releaseKeptMemory() override;
 
     // Tests use these to drive the other routes on a server that has them all:
     // without shared memory, GetImage; without server-side drawing, the

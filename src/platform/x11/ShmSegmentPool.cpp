@@ -97,6 +97,15 @@ void ShmSegmentPool::dropIdle(xcb_connection_t *c, quint64 generation, std::size
     m_blocks.erase(std::remove_if(m_blocks.begin(), m_blocks.end(), idle), m_blocks.end());
 }
 
+void ShmSegmentPool::releaseFree(xcb_connection_t *c, quint64 generation)
+{
+    const auto free = [](const Block &block) { return !block.isLent(); };
+    for (const Block &block : m_blocks)
+        if (free(block))
+            detach(c, generation, block);
+    m_blocks.erase(std::remove_if(m_blocks.begin(), m_blocks.end(), free), m_blocks.end());
+}
+
 std::optional<ShmSegmentPool::Lease> ShmSegmentPool::lend(xcb_connection_t *c, quint64 generation, std::size_t bytes)
 {
     ++m_lends;

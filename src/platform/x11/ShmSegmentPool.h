@@ -54,6 +54,8 @@ public:
     // gone; changing a copy gives that copy memory of its own first.
     static QImage picture(const Lease &lease, QSize size, QImage::Format format);
 
+    // Lets go of every block not lent now, on both sides.
+    void releaseFree(xcb_connection_t *c, quint64 generation);
     // Blocks kept now, lent or free.
     int blockCount() const { return int(m_blocks.size()); }
     // Blocks made since the start.
