@@ -21,15 +21,6 @@ Overloaded(Fs...) -> Overloaded<Fs...>;
 constexpr double headCos = 0.9009688679024191;
 constexpr double headSin = 0.4338837391175581;
 
-QColor atHalfAlpha(const QColor &color)
-{
-    if (!color.isValid())
-        return color;
-    QColor copy = color;
-    copy.setAlphaF(0.5);
-    return copy;
-}
-
 // Takes a point to the same fractional place in `to` as it had in `from`; a
 // side of length zero maps everything to fraction 0.
 PointMap fractionalMap(const QRectF &from, const QRectF &to)
@@ -270,12 +261,21 @@ Annotation Annotation::recolored(const QColor &color) const
 {
     Annotation result = *this;
     std::visit(Overloaded{
-                   [&](Highlight &highlight) { highlight.color = atHalfAlpha(color); },
+                   [&](Highlight &highlight) { highlight.color = Annotation::atHalfAlpha(color); },
                    [](Mosaic &) {},
                    [&](auto &mark) { mark.color = color; },
                },
                result.m_case);
     return result;
+}
+
+QColor Annotation::atHalfAlpha(const QColor &color)
+{
+    if (!color.isValid())
+        return color;
+    QColor copy = color;
+    copy.setAlphaF(0.5);
+    return copy;
 }
 
 } // namespace glimpso

@@ -76,6 +76,8 @@ public:
 
     // The highlighter's default: a warm yellow at half opacity.
     static QColor highlightYellow();
+    // A highlighter's ink: the colour at half opacity.
+    static QColor atHalfAlpha(const QColor &color);
 
     const Case &value() const { return m_case; }
     template <typename C>

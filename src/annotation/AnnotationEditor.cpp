@@ -36,15 +36,6 @@ QColor colorFromHex(const QString &hex)
     return HexColor::parse(hex).value_or(fallbackRed);
 }
 
-QColor atHalfAlpha(const QColor &color)
-{
-    if (!color.isValid())
-        return color;
-    QColor copy = color;
-    copy.setAlphaF(0.5);
-    return copy;
-}
-
 int steppedClamped(double current, int steps, int lowest, int highest)
 {
     return std::clamp(int(std::lround(current)) + steps, lowest, highest);
@@ -527,7 +518,7 @@ void AnnotationEditor::selectColor(const QColor &color)
 {
     if (m_currentTool == Tool::highlight) {
         // Only the next highlight changes; a selected one keeps its colour.
-        m_highlightColor = atHalfAlpha(color);
+        m_highlightColor = Annotation::atHalfAlpha(color);
         m_previewStroke = m_highlightColor;
         renderPreview();
         return;

@@ -2,6 +2,7 @@
 
 #include "annotation/AnnotationRenderer.h"
 #include "appbase/AppError.h"
+#include "appbase/FreeMemory.h"
 #include "output/Notifying.h"
 #include "output/OutputService.h"
 #include "settings/AppSettings.h"
@@ -39,8 +40,10 @@ CaptureCoordinator::CaptureCoordinator(Parts parts, QObject *parent) : QObject(p
     m_releaseMemory.setSingleShot(true);
     m_releaseMemory.setInterval(m_parts.keepCaptureMemoryMs);
     connect(&m_releaseMemory, &QTimer::timeout, this, [this] {
-        if (!m_isCapturing)
-            m_parts.capture.releaseKeptMemory();
+        if (m_isCapturing)
+            return;
+        m_parts.capture.releaseKeptMemory();
+        FreeMemory::returnToSystem();
     });
     connect(this, &CaptureCoordinator::regionFlowEnded, &m_releaseMemory, qOverload<>(&QTimer::start));
     m_releaseMemory.start();

@@ -4,6 +4,7 @@
 // whole application (widgets, the bus, X11, the encoders) would take longer
 // than the listing itself, all the more from a cold disk. Everything else is
 // handed to the application by exec, with the same arguments and process id.
+#include "appbase/ConsoleText.h"
 #include "appbase/Logging.h"
 #include "history/HistoryListCommand.h"
 #include "history/HistoryStore.h"
@@ -23,16 +24,6 @@
 #include <unistd.h>
 
 namespace {
-
-void print(FILE *stream, const QString &text)
-{
-    if (text.isEmpty())
-        return;
-    QByteArray bytes = text.toLocal8Bit();
-    if (!bytes.endsWith('\n'))
-        bytes += '\n';
-    std::fputs(bytes.constData(), stream);
-}
 
 // `history` with one or two arguments; any other count is a usage error, which
 // the application's own command line reports with the usage.
@@ -56,8 +47,8 @@ int listHistory(int argc, char **argv)
                                     QCoreApplication::applicationFilePath());
     AppSettings settings(storage, loginItem);
     const auto outcome = HistoryListCommand::run(arguments, settings, HistoryStore::defaultSupportFolder());
-    print(stdout, outcome.output);
-    print(stderr, outcome.error);
+    ConsoleText::print(stdout, outcome.output);
+    ConsoleText::print(stderr, outcome.error);
     return outcome.exitCode;
 }
 

@@ -3,6 +3,7 @@
 #include "app/CommandLine.h"
 #include "history/HistoryListCommand.h"
 #include "app/InstanceChannelLoader.h"
+#include "appbase/ConsoleText.h"
 #include "appbase/Logging.h"
 #include "appbase/SingleInstance.h"
 #include "history/HistoryStore.h"
@@ -19,16 +20,6 @@
 #include <cstdio>
 
 namespace {
-
-void print(FILE *stream, const QString &text)
-{
-    if (text.isEmpty())
-        return;
-    QByteArray bytes = text.toLocal8Bit();
-    if (!bytes.endsWith('\n'))
-        bytes += '\n';
-    std::fputs(bytes.constData(), stream);
-}
 
 QString stateFolder()
 {
@@ -59,8 +50,8 @@ int sendVerb(int argc, char **argv, const QStringList &arguments)
     auto channel = InstanceChannelLoader::make();
     CommandClient client(*channel, startApplicationDetached);
     const CommandClient::Outcome outcome = client.run(*verb, arguments);
-    print(stdout, outcome.output);
-    print(stderr, outcome.error);
+    ConsoleText::print(stdout, outcome.output);
+    ConsoleText::print(stderr, outcome.error);
     return outcome.exitCode;
 }
 
@@ -78,8 +69,8 @@ int runInProcess(int argc, char **argv, const QStringList &arguments)
     AppSettings settings(storage, loginItem);
     const auto outcome =
         HistoryListCommand::run(arguments.mid(1), settings, HistoryStore::defaultSupportFolder());
-    print(stdout, outcome.output);
-    print(stderr, outcome.error);
+    ConsoleText::print(stdout, outcome.output);
+    ConsoleText::print(stderr, outcome.error);
     return outcome.exitCode;
 }
 
@@ -93,7 +84,7 @@ int runApplication(int argc, char **argv)
 {
     Logging::setUp();
     if (!hasDisplay()) {
-        print(stderr, QStringLiteral("glimpso: no desktop session to run in (neither DISPLAY nor WAYLAND_DISPLAY is set)"));
+        ConsoleText::print(stderr, QStringLiteral("glimpso: no desktop session to run in (neither DISPLAY nor WAYLAND_DISPLAY is set)"));
         return 1;
     }
     QApplication app(argc, argv);
@@ -106,7 +97,7 @@ int runApplication(int argc, char **argv)
     auto channel = InstanceChannelLoader::make();
     SingleInstance singleInstance(*channel, QCoreApplication::applicationPid(), [] { QCoreApplication::quit(); });
     if (singleInstance.handOffToRunningCopy()) {
-        print(stderr, QStringLiteral("glimpso is already running"));
+        ConsoleText::print(stderr, QStringLiteral("glimpso is already running"));
         return 0;
     }
 
@@ -133,14 +124,14 @@ int main(int argc, char **argv)
     const CommandLine::Invocation invocation = CommandLine::parse(arguments);
     switch (invocation.kind) {
     case CommandLine::Invocation::Kind::showHelp:
-        print(stdout, CommandLine::usage());
+        ConsoleText::print(stdout, CommandLine::usage());
         return 0;
     case CommandLine::Invocation::Kind::showVersion:
-        print(stdout, CommandLine::versionText());
+        ConsoleText::print(stdout, CommandLine::versionText());
         return 0;
     case CommandLine::Invocation::Kind::usageError:
-        print(stderr, invocation.error);
-        print(stderr, CommandLine::usage());
+        ConsoleText::print(stderr, invocation.error);
+        ConsoleText::print(stderr, CommandLine::usage());
         return 2;
     case CommandLine::Invocation::Kind::sendVerb:
         return sendVerb(argc, argv, invocation.arguments);

@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QTemporaryDir>
 
+#include "EventLoopWait.h"
 #include "RecordingNotifier.h"
 #include "SettingsFakes.h"
 
@@ -21,13 +22,7 @@ namespace {
 
 bool waitUntil(const std::function<bool()> &condition, int milliseconds = 10000)
 {
-    const QDeadlineTimer deadline(milliseconds);
-    while (!condition()) {
-        if (deadline.hasExpired())
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-    return true;
+    return processEventsUntil(condition, milliseconds);
 }
 
 // Lets every queued turn of the loop run, without waiting on a clock.

@@ -2,23 +2,14 @@
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include "EventLoopWait.h"
+
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <functional>
 
 namespace {
-
-bool processUntil(const std::function<bool()> &condition)
-{
-    QDeadlineTimer deadline(10000);
-    while (!condition()) {
-        if (deadline.hasExpired())
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-    return true;
-}
 
 TEST(HangupNotifier, SigHupBecomesACallOnTheMainThread)
 {
@@ -28,9 +19,9 @@ TEST(HangupNotifier, SigHupBecomesACallOnTheMainThread)
     ASSERT_EQ(std::raise(SIGHUP), 0);
     // The handler only writes a byte; the call comes from the event loop.
     EXPECT_EQ(calls, 0);
-    ASSERT_TRUE(processUntil([&] { return calls == 1; }));
+    ASSERT_TRUE(processEventsUntil([&] { return calls == 1; }));
     ASSERT_EQ(std::raise(SIGHUP), 0);
-    ASSERT_TRUE(processUntil([&] { return calls == 2; }));
+    ASSERT_TRUE(processEventsUntil([&] { return calls == 2; }));
 }
 
 } // namespace

@@ -8,6 +8,8 @@
 #include <QProcessEnvironment>
 #include <QSignalSpy>
 #include <QStandardPaths>
+#include "EventLoopWait.h"
+
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -52,13 +54,7 @@ protected:
     // Waits, with a time-out, for the grabber to see what the server did.
     template <typename Condition> static bool eventually(Condition condition)
     {
-        QDeadlineTimer deadline(10000);
-        while (!condition()) {
-            if (deadline.hasExpired())
-                return false;
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        }
-        return true;
+        return processEventsUntil(condition);
     }
 };
 
