@@ -5,9 +5,13 @@
 // program's own idea of "shown" is trusted.
 //
 //   glimpso-overlay-probe TIMEOUT_MS COMMAND [ARGS...]
-// prints "mapped_ms painted_ms" and leaves the overlay up.
+//   glimpso-overlay-probe TIMEOUT_MS --keys KEYCODE...
+// prints "mapped_ms painted_ms" and leaves the overlay up. With --keys the
+// probe itself presses the keys (XTEST, in order, released in reverse) and
+// times from the first press: a global shortcut as a person types it.
 
 #include <xcb/damage.h>
+#include <xcb/xtest.h>
 #include <xcb/xcb.h>
 
 #include <poll.h>
@@ -18,6 +22,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 extern char **environ;
@@ -92,12 +97,23 @@ int main(int argc, char **argv)
     Coverage coverage(screen->width_in_pixels, screen->height_in_pixels);
     const Clock::time_point start = Clock::now();
     pid_t child = 0;
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", 0x1 /* O_WRONLY */, 0);
-    if (posix_spawnp(&child, argv[2], &actions, nullptr, argv + 2, environ) != 0) {
-        std::fprintf(stderr, "cannot start %s\n", argv[2]);
-        return 2;
+    if (std::string_view(argv[2]) == "--keys") {
+        std::vector<uint8_t> keys;
+        for (int i = 3; i < argc; ++i)
+            keys.push_back(uint8_t(std::atoi(argv[i])));
+        for (uint8_t key : keys)
+            xcb_test_fake_input(connection, XCB_KEY_PRESS, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+        for (auto key = keys.rbegin(); key != keys.rend(); ++key)
+            xcb_test_fake_input(connection, XCB_KEY_RELEASE, *key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+        xcb_flush(connection);
+    } else {
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", 0x1 /* O_WRONLY */, 0);
+        if (posix_spawnp(&child, argv[2], &actions, nullptr, argv + 2, environ) != 0) {
+            std::fprintf(stderr, "cannot start %s\n", argv[2]);
+            return 2;
+        }
     }
 
     double mappedMs = -1;
@@ -132,7 +148,8 @@ int main(int argc, char **argv)
                 coverage.add(notify->area.x, notify->area.y, notify->area.width, notify->area.height);
                 if (coverage.fractionWithin(ox, oy, ow, oh) >= 0.98) {
                     std::printf("%.1f %.1f\n", mappedMs, msSince(start));
-                    waitpid(child, nullptr, WNOHANG);
+                    if (child)
+                        waitpid(child, nullptr, WNOHANG);
                     return 0;
                 }
             }
