@@ -449,7 +449,8 @@ void SelectionCanvas::invalidateCursors()
         surface->invalidateCursors();
 }
 
-std::optional<glimpso::TextHost> SelectionCanvas::textHost(QPointF)
+std::optional<glimpso::TextHost> SelectionCanvas::textHost(QPointF near)
 {
-    return std::nullopt;
+    SelectorSurface *host = surface(near);
+    return host ? host->textHost() : std::nullopt;
 }

@@ -106,7 +106,7 @@ public:
     void renderPointHandles(const std::optional<QList<QPointF>> &points) override;
     void showHUD(const QString &text, QPointF near) override;
     void invalidateCursors() override;
-    // The display under the point hosts the text box; none until the views can hold one.
+    // The display nearest the point hosts the text box.
     std::optional<glimpso::TextHost> textHost(QPointF near) override;
 
 private:

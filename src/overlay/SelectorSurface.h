@@ -1,6 +1,7 @@
 #pragma once
 
 #include "annotation/Annotation.h"
+#include "annotation/TextHost.h"
 
 #include <QColor>
 #include <QList>
@@ -40,4 +41,7 @@ public:
     virtual void renderPointHandles(const std::optional<QList<QPointF>> &points) = 0;
     // The HUD text, placed within `screen` (the display nearest the pointer).
     virtual void showHUD(const QString &text, const QRectF &screen) = 0;
+    // Where a text field may open on this display, with the mapping of global
+    // rectangles to the view; none where the display cannot hold one.
+    virtual std::optional<glimpso::TextHost> textHost() { return std::nullopt; }
 };

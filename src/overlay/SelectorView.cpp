@@ -2,6 +2,7 @@
 
 #include "annotation/AnnotationRenderer.h"
 #include "annotation/DrawingRules.h"
+#include "overlay/OverlayTextField.h"
 #include "overlay/SelectionCanvas.h"
 #include "settings/Hotkey.h"
 
@@ -260,6 +261,45 @@ void SelectorView::showHUD(const QString &text, const QRectF &screen)
     }
     m_hudTimer->start(1200);
     update();
+}
+
+std::optional<glimpso::TextHost> SelectorView::textHost()
+{
+    return glimpso::TextHost{this, [this](const QRectF &global) { return toLocal(global); }};
+}
+
+glimpso::TextEntryField *SelectorView::openField(const QRectF &localFrame)
+{
+    OverlayTextField::Callbacks callbacks;
+    callbacks.changed = [this] {
+        if (m_canvas)
+            m_canvas->editor().textFieldChanged();
+    };
+    callbacks.commit = [this] {
+        if (m_canvas)
+            m_canvas->editor().commitPendingText();
+    };
+    // Escape in the field is Escape on the overlay: it drops the text.
+    callbacks.cancel = [this] {
+        if (m_canvas)
+            m_canvas->escape();
+    };
+    auto *field = new OverlayTextField(this, std::move(callbacks));
+    field->setFrame(localFrame);
+    field->show();
+    field->setFocus(Qt::OtherFocusReason);
+    return field;
+}
+
+void SelectorView::closeField(glimpso::TextEntryField *field)
+{
+    // The field may be the caller (its Return or Escape): it goes once this
+    // turn of the event loop is over.
+    if (auto *widget = dynamic_cast<OverlayTextField *>(field)) {
+        widget->hide();
+        widget->deleteLater();
+    }
+    setFocus(Qt::OtherFocusReason);
 }
 
 const QImage &SelectorView::pixellated(qreal block)

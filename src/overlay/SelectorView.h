@@ -3,6 +3,7 @@
 #include "acquire/DesktopSpace.h"
 #include "acquire/ScreenSnapshot.h"
 #include "overlay/OverlayLook.h"
+#include "annotation/TextEntryHost.h"
 #include "overlay/SelectorSurface.h"
 
 #include <QHash>
@@ -23,7 +24,7 @@ class SelectionCanvas;
 // handles, the hint and the size badge. It turns its events into global
 // points for the canvas and repaints only what a change touched, so a drag
 // over a 4K display never redraws the whole picture.
-class SelectorView : public QWidget, public SelectorSurface
+class SelectorView : public QWidget, public SelectorSurface, public glimpso::TextEntryHost
 {
     Q_OBJECT
 
@@ -47,6 +48,11 @@ public:
     void renderAnnotationSelection(const std::optional<QRectF> &rect) override;
     void renderPointHandles(const std::optional<QList<QPointF>> &points) override;
     void showHUD(const QString &text, const QRectF &screen) override;
+    std::optional<glimpso::TextHost> textHost() override;
+
+    // TextEntryHost: the field a text mark is typed into.
+    glimpso::TextEntryField *openField(const QRectF &localFrame) override;
+    void closeField(glimpso::TextEntryField *field) override;
 
     // What is on show, for tests: the selection in global points, whether it
     // is armed, whether the hint shows, and the badge's text and global frame.
