@@ -1,5 +1,6 @@
 #include "overlay/SelectorView.h"
 
+#include "annotation/TextEntryField.h"
 #include "overlay/SelectionCanvas.h"
 #include "SettingsFakes.h"
 #include "settings/AppSettings.h"
@@ -136,4 +137,22 @@ TEST(SelectorView, ADragRepaintsOnlyAroundTheChangedEdges)
     // The selection spans 1910×1510 points; what changed is a band along two edges.
     EXPECT_GT(area, 0);
     EXPECT_LT(area, qint64(3840) * 2160 / 20);
+}
+
+TEST(SelectorView, HostsTheTextFieldWithRectanglesMappedToTheWindow)
+{
+    ViewHarness h;
+    const std::optional<glimpso::TextHost> host = h.canvas.textHost(QPointF(42, 83));
+    ASSERT_TRUE(host);
+    EXPECT_EQ(host->host, static_cast<glimpso::TextEntryHost *>(&h.view));
+    // Global (40, 70)-(100, 90) is the window's (40, 10)-(100, 30).
+    EXPECT_EQ(host->toLocal(QRectF(40, 70, 60, 20)), QRectF(40, 10, 60, 20));
+    glimpso::TextEntryField *field = h.view.openField(QRectF(40, 10, 60, 20));
+    ASSERT_TRUE(field);
+    auto *widget = dynamic_cast<QWidget *>(field);
+    ASSERT_TRUE(widget);
+    EXPECT_EQ(widget->parentWidget(), &h.view);
+    EXPECT_EQ(widget->geometry(), QRect(40, 10, 60, 20));
+    h.view.closeField(field);
+    EXPECT_FALSE(widget->isVisible());
 }

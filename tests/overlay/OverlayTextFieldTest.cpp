@@ -1,0 +1,71 @@
+#include "overlay/OverlayTextField.h"
+
+#include "annotation/TextLook.h"
+
+#include <gtest/gtest.h>
+
+#include <QTest>
+#include <QWidget>
+
+namespace {
+
+struct FieldHarness {
+    FieldHarness()
+        : field(&parent, OverlayTextField::Callbacks{[this] { ++changes; }, [this] { ++commits; },
+                                                     [this] { ++cancels; }})
+    {
+        parent.resize(400, 200);
+        parent.show();
+        field.setFocus();
+    }
+    QWidget parent;
+    int changes = 0;
+    int commits = 0;
+    int cancels = 0;
+    OverlayTextField field;
+};
+
+} // namespace
+
+TEST(OverlayTextField, TypingChangesAndReadsBack)
+{
+    FieldHarness h;
+    QTest::keyClicks(&h.field, QStringLiteral("Hello, glimpso 123"));
+    EXPECT_EQ(h.field.text(), QStringLiteral("Hello, glimpso 123"));
+    EXPECT_EQ(h.changes, 18);
+    EXPECT_EQ(h.commits, 0);
+}
+
+TEST(OverlayTextField, ReturnCommitsAndEscapeCancels)
+{
+    FieldHarness h;
+    QTest::keyClick(&h.field, Qt::Key_Return);
+    QTest::keyClick(&h.field, Qt::Key_Enter, Qt::KeypadModifier);
+    EXPECT_EQ(h.commits, 2);
+    QTest::keyClick(&h.field, Qt::Key_Escape);
+    EXPECT_EQ(h.cancels, 1);
+}
+
+TEST(OverlayTextField, StandsWhereTheEditorPutsIt)
+{
+    FieldHarness h;
+    h.field.setFrame(QRectF(10.2, 20.7, 40, 24));
+    EXPECT_EQ(h.field.geometry(), QRectF(10.2, 20.7, 40, 24).toAlignedRect());
+}
+
+TEST(OverlayTextField, TheBackgroundStyleShowsItsPlateWhileTyping)
+{
+    FieldHarness h;
+    glimpso::TextOptions options;
+    options.style = glimpso::TextStyle::background;
+    const QColor red(255, 59, 48);
+    h.field.setLook(options, red);
+    EXPECT_EQ(h.field.palette().color(QPalette::Base), red);
+    EXPECT_EQ(h.field.palette().color(QPalette::Text), glimpso::TextLook::contrast(red));
+    EXPECT_EQ(h.field.font(), glimpso::TextLook::font(options));
+
+    options.style = glimpso::TextStyle::plain;
+    h.field.setLook(options, red);
+    EXPECT_EQ(h.field.palette().color(QPalette::Base).alpha(), 0);
+    EXPECT_EQ(h.field.palette().color(QPalette::Text), red);
+}
