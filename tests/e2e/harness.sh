@@ -248,6 +248,26 @@ start_key_witness() {
 witness_echoes() { xdotool key period; grep -q '\.' "$1"; }
 # witness_mark FILE WORD: types WORD into the focused window and waits until the
 # witness has it; every key pressed before is then in FILE, or never will be.
+# plain_root COLOUR: the whole root window in one colour, the usual pointer.
+plain_root() {
+  local size
+  size=$(xdpyinfo | awk '/dimensions:/ && !seen {print $2; seen = 1}')
+  convert -size "$size" "xc:$1" -depth 8 "PNG24:$E2E_DIR/root.png"
+  # display sets the root window's background and answers 1 even when it did.
+  display -window root "$E2E_DIR/root.png" || true
+  xsetroot -cursor_name left_ptr
+}
+# open_region_overlay X Y: `glimpso region` with the pointer at X,Y, waiting
+# until the overlay is painted.
+open_region_overlay() {
+  local before
+  before=$(grep -c "present: overlay painted" "$GLIMPSO_LOG" || true)
+  xdotool mousemove --sync "$1" "$2"
+  e2e_glimpso region
+  expect_eq "$E2E_STATUS" 0 "exit code of glimpso region ($E2E_ERR)"
+  wait_for "the overlay to be painted" 10 bash -c "[ \$(grep -c 'present: overlay painted' '$GLIMPSO_LOG') -gt $before ]"
+}
+
 # dismiss_overlay: waits for the overlay a shortcut opened, closes it with
 # Escape, and gives the key witness the keyboard again.
 overlay_gone() { ! xdotool search --onlyvisible --name 'glimpso overlay' >/dev/null 2>&1; }

@@ -5,9 +5,7 @@
 source "$(dirname "$0")/../harness.sh"
 e2e_setup --size 1280x480
 
-convert -size 1280x480 xc:'#808080' -depth 8 "PNG24:$E2E_DIR/grey.png"
-display -window root "$E2E_DIR/grey.png" || true
-xsetroot -cursor_name left_ptr
+plain_root '#808080'
 
 e2e_start_glimpso
 wait_for "glimpso to see the display" 10 grep -qE " displays?:" "$GLIMPSO_LOG"
@@ -26,10 +24,7 @@ is_grey() { # file x y what
   [ "$rgb" = "128 128 128" ] || e2e_fail "$4: expected the plain screen at $2,$3, got $rgb"
 }
 
-xdotool mousemove --sync 630 230
-e2e_glimpso region
-expect_eq "$E2E_STATUS" 0 "exit code of glimpso region ($E2E_ERR)"
-wait_for "the overlay to be painted" 10 grep -q "present: overlay painted" "$GLIMPSO_LOG"
+open_region_overlay 630 230
 
 # The selection, 500×300 from (100, 100); the rectangle tool is the first tool.
 drag 100 100 600 400

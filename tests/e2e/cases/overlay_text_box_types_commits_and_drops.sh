@@ -6,9 +6,7 @@
 source "$(dirname "$0")/../harness.sh"
 e2e_setup --size 1280x480
 
-convert -size 1280x480 xc:'#808080' -depth 8 "PNG24:$E2E_DIR/grey.png"
-display -window root "$E2E_DIR/grey.png" || true
-xsetroot -cursor_name left_ptr
+plain_root '#808080'
 
 e2e_start_glimpso
 wait_for "glimpso to see the display" 10 grep -qE " displays?:" "$GLIMPSO_LOG"
@@ -19,10 +17,7 @@ inked() { # file WxH+X+Y
 }
 overlay_up() { xdotool search --onlyvisible --name 'glimpso overlay' >/dev/null 2>&1; }
 
-xdotool mousemove --sync 630 230
-e2e_glimpso region
-expect_eq "$E2E_STATUS" 0 "exit code of glimpso region ($E2E_ERR)"
-wait_for "the overlay to be painted" 10 grep -q "present: overlay painted" "$GLIMPSO_LOG"
+open_region_overlay 630 230
 drag 100 100 700 400
 wait_for "the selection to arm" 10 grep -q "selection armed" "$GLIMPSO_LOG"
 
