@@ -223,8 +223,12 @@ void SelectorView::renderAnnotations(const QList<glimpso::Annotation> &annotatio
 {
     const QRect before = editingDamage();
     m_annotations.clear();
-    for (const glimpso::Annotation &annotation : annotations)
+    m_mosaicBlock = 0;
+    for (const glimpso::Annotation &annotation : annotations) {
         m_annotations.append(glimpso::DrawingRules::toImageSpace(annotation, m_frame));
+        if (const auto *mosaic = annotation.as<glimpso::Annotation::Mosaic>())
+            m_mosaicBlock = std::max(m_mosaicBlock, qreal(mosaic->blockSize));
+    }
     updateEditing(before);
 }
 
@@ -302,16 +306,13 @@ void SelectorView::closeField(glimpso::TextEntryField *field)
     setFocus(Qt::OtherFocusReason);
 }
 
-const QImage &SelectorView::pixellated(qreal block)
+glimpso::PixelBlocks &SelectorView::pixelBlocks(qreal block)
 {
     const int key = int(std::lround(block * m_image.devicePixelRatio()));
-    auto found = m_pixellated.find(key);
-    if (found == m_pixellated.end()) {
-        QImage blocks = glimpso::AnnotationRenderer::pixellate(m_image, key).value_or(m_image);
-        blocks.setDevicePixelRatio(m_image.devicePixelRatio());
-        found = m_pixellated.insert(key, blocks);
-    }
-    return *found;
+    std::unique_ptr<glimpso::PixelBlocks> &blocks = m_pixelBlocks[key];
+    if (!blocks)
+        blocks = std::make_unique<glimpso::PixelBlocks>(m_image, key);
+    return *blocks;
 }
 
 // ---- painting --------------------------------------------------------------
@@ -374,13 +375,19 @@ void SelectorView::paintAnnotations(QPainter &painter, const QRect &area)
         if (!annotation.boundingRect().adjusted(-40, -40, 40, 40).intersects(QRectF(area)))
             continue;
         if (const auto *mosaic = annotation.as<glimpso::Annotation::Mosaic>()) {
-            // The whole screen pixellated once per block size, seen through the mosaic's frame.
-            const QImage &blocks = pixellated(mosaic->blockSize);
-            const qreal scale = blocks.devicePixelRatio();
-            const QRectF frame = mosaic->frame.normalized();
-            painter.drawImage(frame, blocks,
-                              QRectF(frame.x() * scale, frame.y() * scale, frame.width() * scale,
-                                     frame.height() * scale));
+            // The blocks the saved picture shows through the mosaic's frame.
+            glimpso::PixelBlocks &blocks = pixelBlocks(m_mosaicBlock);
+            const qreal scale = m_image.devicePixelRatio();
+            const QRectF framePixels(mosaic->frame.topLeft() * scale, mosaic->frame.size() * scale);
+            const QRect pixels = framePixels.toAlignedRect().intersected(QRect(QPoint(0, 0), blocks.imageSize()));
+            QImage patch = blocks.mirroredPatch(pixels);
+            if (patch.isNull())
+                continue;
+            patch.setDevicePixelRatio(scale);
+            painter.save();
+            painter.setClipRect(mosaic->frame, Qt::IntersectClip);
+            painter.drawImage(QPointF(pixels.topLeft()) / scale, patch);
+            painter.restore();
             continue;
         }
         painter.save();

@@ -3,10 +3,10 @@
 #include "acquire/DesktopSpace.h"
 #include "acquire/ScreenSnapshot.h"
 #include "overlay/OverlayLook.h"
+#include "annotation/PixelBlocks.h"
 #include "annotation/TextEntryHost.h"
 #include "overlay/SelectorSurface.h"
 
-#include <QHash>
 #include <QPen>
 #include <QPointer>
 #include <QTimer>
@@ -15,6 +15,8 @@
 #include <QWidget>
 
 #include <functional>
+#include <map>
+#include <memory>
 #include <optional>
 
 class SelectionCanvas;
@@ -89,8 +91,8 @@ private:
     void paintBadge(QPainter &painter) const;
     void paintAnnotations(QPainter &painter, const QRect &area);
     void paintEditing(QPainter &painter) const;
-    // The pixellated frozen screen for mosaics of one block size, made once.
-    const QImage &pixellated(qreal block);
+    // The frozen screen cut into blocks of one size, made once per size.
+    glimpso::PixelBlocks &pixelBlocks(qreal block);
     // Repaints what `before` and the current editing marks cover.
     void updateEditing(const QRect &before);
     QRect editingDamage() const;
@@ -128,7 +130,9 @@ private:
     QString m_hud;
     std::optional<QRectF> m_hudScreen;
     QTimer *m_hudTimer = nullptr;
-    QHash<int, QImage> m_pixellated;
+    std::map<int, std::unique_ptr<glimpso::PixelBlocks>> m_pixelBlocks;
+    // Every mosaic shows the blocks of the largest one, as in the saved picture.
+    qreal m_mosaicBlock = 0;
 
     QRegion m_lastDamage;
     bool m_painted = false;

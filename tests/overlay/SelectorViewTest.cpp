@@ -1,6 +1,8 @@
 #include "overlay/SelectorView.h"
 
 #include "annotation/TextEntryField.h"
+#include "annotation/AnnotationRenderer.h"
+#include "annotation/DrawingRules.h"
 #include "overlay/SelectionCanvas.h"
 #include "SettingsFakes.h"
 #include "settings/AppSettings.h"
@@ -155,4 +157,78 @@ TEST(SelectorView, HostsTheTextFieldWithRectanglesMappedToTheWindow)
     EXPECT_EQ(widget->geometry(), QRect(40, 10, 60, 20));
     h.view.closeField(field);
     EXPECT_FALSE(widget->isVisible());
+}
+
+namespace {
+
+// Half dark, half light: highlights and text over both.
+ScreenSnapshot darkLight()
+{
+    QImage image(400, 200, QImage::Format_RGB32);
+    for (int y = 0; y < 200; ++y)
+        for (int x = 0; x < 400; ++x)
+            image.setPixel(x, y, x < 200 ? qRgb(30, 32, 36) : qRgb(230, 228, 224));
+    // Some texture, so that the mosaic's blocks differ.
+    for (int y = 0; y < 200; y += 3)
+        for (int x = 0; x < 400; x += 5)
+            image.setPixel(x, y, qRgb((x * 7) % 256, (y * 5) % 256, (x + y) % 256));
+    return {1, image, QRectF(0, 0, 400, 200), 1.0};
+}
+
+glimpso::TextOptions styled(glimpso::TextStyle style)
+{
+    glimpso::TextOptions options;
+    options.size = 20;
+    options.style = style;
+    return options;
+}
+
+} // namespace
+
+TEST(SelectorView, TheLiveMarksAreThePixelsThatAreSaved)
+{
+    const ScreenSnapshot snapshot = darkLight();
+    ViewHarness h(snapshot);
+    // The whole display selected, so no dim lies over the marks.
+    h.canvas.mouseDown({0, 0});
+    h.canvas.mouseUp({400, 200});
+    ASSERT_TRUE(h.canvas.isArmed());
+
+    // Global points, y up.
+    const QList<glimpso::Annotation> marks = {
+        glimpso::Annotation::rect(QRectF(20, 120, 100, 60), QColor(255, 59, 48), 4),
+        glimpso::Annotation::highlight({QPointF(30, 60), QPointF(370, 60)}, glimpso::Annotation::highlightYellow(), 18),
+        glimpso::Annotation::text(QStringLiteral("Ag plain"), QPointF(220, 190), styled(glimpso::TextStyle::plain),
+                                  QColor(20, 90, 240)),
+        glimpso::Annotation::text(QStringLiteral("Ag outline"), QPointF(220, 150), styled(glimpso::TextStyle::outline),
+                                  QColor(20, 200, 90)),
+        glimpso::Annotation::text(QStringLiteral("Ag plate"), QPointF(40, 100), styled(glimpso::TextStyle::background),
+                                  QColor(240, 200, 20)),
+        glimpso::Annotation::mosaic(QRectF(250, 20, 100, 50), 16),
+    };
+    h.view.renderAnnotations(marks);
+    const QImage live = h.picture();
+
+    QList<glimpso::Annotation> imageSpace;
+    for (const glimpso::Annotation &mark : marks)
+        imageSpace.append(glimpso::DrawingRules::toImageSpace(mark, snapshot.frame));
+    const QImage saved =
+        glimpso::AnnotationRenderer::flatten(snapshot.image, imageSpace, 1.0).convertToFormat(QImage::Format_RGB32);
+    ASSERT_EQ(saved.size(), live.size());
+
+    // Away from the selection's outline and the size badge at the top right.
+    int compared = 0, differing = 0, marked = 0;
+    for (int y = 30; y < 190; ++y) {
+        for (int x = 10; x < 390; ++x) {
+            ++compared;
+            if (saved.pixel(x, y) != snapshot.image.pixel(x, y))
+                ++marked;
+            if (channelDistance(live.pixel(x, y), saved.pixel(x, y)) > 8)
+                ++differing;
+        }
+    }
+    // The marks are there at all, and the live view agrees with the saved
+    // picture but for anti-aliasing.
+    EXPECT_GT(marked, compared / 10);
+    EXPECT_LT(differing, compared / 200) << differing << " of " << compared << " pixels differ";
 }
