@@ -4,14 +4,7 @@
 // whole application (widgets, the bus, X11, the encoders) would take longer
 // than the listing itself, all the more from a cold disk. Everything else is
 // handed to the application by exec, with the same arguments and process id.
-#include "appbase/ConsoleText.h"
-#include "appbase/Logging.h"
-#include "history/HistoryListCommand.h"
-#include "history/HistoryStore.h"
-#include "history/VideoDurationReader.h"
-#include "platform/desktop/XdgAutostartLoginItem.h"
-#include "settings/AppSettings.h"
-#include "settings/IniSettingsStorage.h"
+#include "app/HistoryListingProgram.h"
 
 #include <QCoreApplication>
 
@@ -37,19 +30,7 @@ int listHistory(int argc, char **argv)
     QStringList arguments;
     for (int i = 2; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);
-    Logging::setUp(Logging::Audience::commandLine);
-    QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("glimpso"));
-    VideoDurationReader::quietLibraryLog();
-    IniSettingsStorage storage(IniSettingsStorage::defaultFilePath());
-    XdgAutostartLoginItem loginItem(XdgAutostartLoginItem::defaultEntryPath(),
-                                    XdgAutostartLoginItem::installedLauncherPath(),
-                                    QCoreApplication::applicationFilePath());
-    AppSettings settings(storage, loginItem);
-    const auto outcome = HistoryListCommand::run(arguments, settings, HistoryStore::defaultSupportFolder());
-    ConsoleText::print(stdout, outcome.output);
-    ConsoleText::print(stderr, outcome.error);
-    return outcome.exitCode;
+    return HistoryListingProgram::run(argc, argv, arguments);
 }
 
 // The application lies at the same place relative to this program in the

@@ -1,13 +1,11 @@
 #include "app/AppDelegate.h"
 #include "app/CommandClient.h"
 #include "app/CommandLine.h"
-#include "history/HistoryListCommand.h"
+#include "app/HistoryListingProgram.h"
 #include "app/InstanceChannelLoader.h"
 #include "appbase/ConsoleText.h"
 #include "appbase/Logging.h"
 #include "appbase/SingleInstance.h"
-#include "history/HistoryStore.h"
-#include "history/VideoDurationReader.h"
 #include "platform/desktop/XdgAutostartLoginItem.h"
 #include "settings/AppSettings.h"
 #include "settings/IniSettingsStorage.h"
@@ -58,20 +56,7 @@ int sendVerb(int argc, char **argv, const QStringList &arguments)
 // Verbs that only read what is on disk: no running copy, no display, no bus.
 int runInProcess(int argc, char **argv, const QStringList &arguments)
 {
-    Logging::setUp(Logging::Audience::commandLine);
-    QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("glimpso"));
-    VideoDurationReader::quietLibraryLog();
-    IniSettingsStorage storage(IniSettingsStorage::defaultFilePath());
-    XdgAutostartLoginItem loginItem(XdgAutostartLoginItem::defaultEntryPath(),
-                                    XdgAutostartLoginItem::installedLauncherPath(),
-                                    QCoreApplication::applicationFilePath());
-    AppSettings settings(storage, loginItem);
-    const auto outcome =
-        HistoryListCommand::run(arguments.mid(1), settings, HistoryStore::defaultSupportFolder());
-    ConsoleText::print(stdout, outcome.output);
-    ConsoleText::print(stderr, outcome.error);
-    return outcome.exitCode;
+    return HistoryListingProgram::run(argc, argv, arguments.mid(1));
 }
 
 bool hasDisplay()

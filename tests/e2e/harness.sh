@@ -248,6 +248,25 @@ start_key_witness() {
 witness_echoes() { xdotool key period; grep -q '\.' "$1"; }
 # witness_mark FILE WORD: types WORD into the focused window and waits until the
 # witness has it; every key pressed before is then in FILE, or never will be.
+# two_monitors_with_known_content: on a 1280x480 screen, two RandR monitors
+# side by side, and on the root window a colour per monitor, a few marks and a
+# gradient strip so that any shift by a pixel shows. The picture is left in
+# $KNOWN_SCREEN for comparisons.
+two_monitors_with_known_content() {
+  xrandr --setmonitor glimpso-left 640/169x480/127+0+0 screen >/dev/null
+  xrandr --setmonitor glimpso-right 640/169x480/127+640+0 none >/dev/null
+  expect_contains "$(xrandr --listmonitors | head -n1)" "Monitors: 2" "xrandr --listmonitors"
+  KNOWN_SCREEN=$E2E_DIR/screen.png
+  convert -size 640x480 xc:'#c81e28' -size 640x480 xc:'#0a78fa' +append \
+    -fill '#00ff00' -draw 'rectangle 100,100 119,119' \
+    -fill '#ffff00' -draw 'rectangle 900,300 929,319' \
+    \( -size 1280x16 gradient:black-white \) -geometry +0+200 -composite \
+    -depth 8 "PNG24:$KNOWN_SCREEN"
+  # display sets the root window's background and answers 1 even when it did.
+  display -window root "$KNOWN_SCREEN" || true
+  xsetroot -cursor_name left_ptr
+}
+
 # plain_root COLOUR: the whole root window in one colour, the usual pointer.
 plain_root() {
   local size

@@ -6,23 +6,8 @@
 source "$(dirname "$0")/../harness.sh"
 e2e_setup --size 1280x480
 
-# Two monitors side by side on the one screen.
-xrandr --setmonitor glimpso-left 640/169x480/127+0+0 screen >/dev/null
-xrandr --setmonitor glimpso-right 640/169x480/127+640+0 none >/dev/null
-monitors=$(xrandr --listmonitors | head -n1)
-expect_contains "$monitors" "Monitors: 2" "xrandr --listmonitors"
-
-# Known content on the root window: a colour per monitor, a few marks, and a
-# gradient strip so that any shift by a pixel shows.
-screen=$E2E_DIR/screen.png
-convert -size 640x480 xc:'#c81e28' -size 640x480 xc:'#0a78fa' +append \
-  -fill '#00ff00' -draw 'rectangle 100,100 119,119' \
-  -fill '#ffff00' -draw 'rectangle 900,300 929,319' \
-  \( -size 1280x16 gradient:black-white \) -geometry +0+200 -composite \
-  -depth 8 "PNG24:$screen"
-# display sets the root window's background and answers 1 even when it did.
-display -window root "$screen" || true
-xsetroot -cursor_name left_ptr
+two_monitors_with_known_content
+screen=$KNOWN_SCREEN
 
 e2e_start_glimpso
 wait_for "glimpso to see both monitors" 10 grep -q "2 displays" "$GLIMPSO_LOG"

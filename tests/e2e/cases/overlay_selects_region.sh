@@ -7,17 +7,8 @@
 source "$(dirname "$0")/../harness.sh"
 e2e_setup --size 1280x480
 
-xrandr --setmonitor glimpso-left 640/169x480/127+0+0 screen >/dev/null
-xrandr --setmonitor glimpso-right 640/169x480/127+640+0 none >/dev/null
-
-screen=$E2E_DIR/screen.png
-convert -size 640x480 xc:'#c81e28' -size 640x480 xc:'#0a78fa' +append \
-  -fill '#00ff00' -draw 'rectangle 100,100 119,119' \
-  -fill '#ffff00' -draw 'rectangle 900,300 929,319' \
-  \( -size 1280x16 gradient:black-white \) -geometry +0+200 -composite \
-  -depth 8 "PNG24:$screen"
-display -window root "$screen" || true
-xsetroot -cursor_name left_ptr
+two_monitors_with_known_content
+screen=$KNOWN_SCREEN
 
 e2e_start_glimpso
 e2e_glimpso settings-path
