@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AnnotationFakes.h"
 #include "overlay/CanvasToolbar.h"
 #include "overlay/SelectorSurface.h"
 
@@ -47,7 +48,13 @@ public:
         hudText = text;
         hudScreen = screen;
     }
+    // Text fields open in the fake host, at the global rectangle itself.
+    std::optional<glimpso::TextHost> textHost() override
+    {
+        return glimpso::TextHost{&textFields, [](const QRectF &rect) { return rect; }};
+    }
 
+    FakeTextHost textFields;
     QRectF m_frame;
     QList<QRectF> liveDrags;
     QList<QRectF> selections;

@@ -226,6 +226,46 @@ TEST(SelectionCanvas, APressWithinThirteenPointsOfAHandleResizes)
     EXPECT_EQ(*h.canvas.armedRect(), QRectF(100, 100, 120, 50));
 }
 
+TEST(SelectionCanvas, AHandleWinsOverAnAnnotationLyingUnderIt)
+{
+    Harness h;
+    h.arm(QRectF(100, 100, 100, 50));
+    ASSERT_EQ(h.canvas.editor().currentTool(), Tool::rect);
+    // A rectangle whose corner lies in the bottom right handle's box at (200, 100).
+    h.drag({120, 120}, {196, 104});
+    ASSERT_EQ(h.canvas.editor().annotations().size(), 1);
+    const glimpso::Annotation drawn = h.canvas.editor().annotations().first();
+    h.canvas.editor().setCurrentTool(Tool::move);
+    // On the annotation's corner and within 13 points of the handle.
+    h.canvas.mouseDown({196, 104});
+    h.canvas.mouseDragged({216, 104}, Qt::NoModifier);
+    h.canvas.mouseUp({216, 104});
+    EXPECT_EQ(*h.canvas.armedRect(), QRectF(100, 100, 120, 50));
+    ASSERT_EQ(h.canvas.editor().annotations().size(), 1);
+    EXPECT_EQ(h.canvas.editor().annotations().first(), drawn);
+    EXPECT_FALSE(h.canvas.editor().hasSelection());
+}
+
+TEST(SelectionCanvas, EscapeClosesTheTextBoxFirstThenCancels)
+{
+    Harness h;
+    h.arm(QRectF(100, 100, 200, 100));
+    h.canvas.editor().setCurrentTool(Tool::text);
+    h.canvas.mouseDown({150, 150});
+    h.canvas.mouseUp({150, 150});
+    ASSERT_TRUE(h.canvas.editor().hasTextField());
+    h.surfaces.first()->textFields.field->typed = QStringLiteral("dropped");
+
+    EXPECT_TRUE(h.canvas.keyDown(key(53)));
+    EXPECT_FALSE(h.canvas.editor().hasTextField());
+    EXPECT_TRUE(h.results.isEmpty());
+    EXPECT_TRUE(h.canvas.editor().annotations().isEmpty());
+
+    EXPECT_TRUE(h.canvas.keyDown(key(53)));
+    ASSERT_EQ(h.results.size(), 1);
+    EXPECT_TRUE(isCancelled(h.results.first()));
+}
+
 TEST(SelectionCanvas, APressJustOutsideTheHandleBoxDoesNothing)
 {
     Harness h;
