@@ -24,7 +24,7 @@ EditorToolbar::EditorToolbar(bool showsSize, std::function<void(const EditorActi
                              AppSettings &settings, QWidget *parent)
     : QWidget(parent), m_handler(std::move(handler)), m_settings(settings), m_showsSize(showsSize)
 {
-    setFixedHeight(height);
+    setFixedHeight(barHeight);
     setCursor(Qt::ArrowCursor);
     setFocusPolicy(Qt::NoFocus);
     m_stack = new QHBoxLayout(this);
@@ -72,7 +72,7 @@ EditorToolbar::EditorToolbar(bool showsSize, std::function<void(const EditorActi
             || key == m_settings.toolbarIconColorHex.key() || key == m_settings.toolbarCornerRadius.key())
             applyChromeSettings();
     });
-    resize(int(fittingWidth()), height);
+    resize(int(fittingWidth()), barHeight);
 }
 
 EditorToolbar::~EditorToolbar()
