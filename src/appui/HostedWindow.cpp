@@ -130,6 +130,7 @@ void HostedWindow::create()
 void HostedWindow::open()
 {
     place();
+    m_shownBefore = true;
     m_open = true;
     m_dock.windowOpened();
     m_window->show();
@@ -154,6 +155,9 @@ void HostedWindow::place()
         m_window->setGeometry(QRect(saved.topLeft(), size));
         return;
     }
+    // Nothing kept between runs: a window shown before opens where it was left.
+    if (m_shownBefore)
+        return;
     const QScreen *screen = screenUnderPointer();
     if (!screen)
         return;

@@ -79,6 +79,7 @@ private:
     std::function<QWidget *()> m_makeContent;
     QPointer<QWidget> m_window;
     bool m_open = false;
+    bool m_shownBefore = false;
     // Moves and resizes come in bursts; the frame is written once they settle.
     QTimer m_saveTimer;
 };

@@ -203,6 +203,19 @@ TEST_F(HostedWindowTest, WithoutAnAutosaveNameNothingIsSaved)
     EXPECT_TRUE(frames.values.isEmpty());
 }
 
+TEST_F(HostedWindowTest, WithoutAnAutosaveNameItReopensWhereItWasLeft)
+{
+    auto config = settingsConfig();
+    config.autosaveName.clear();
+    auto hosted = make(config);
+    hosted->show();
+    hosted->window()->move(available().topLeft() + QPoint(25, 15));
+    const QRect left = hosted->window()->geometry();
+    close(*hosted);
+    hosted->show();
+    EXPECT_EQ(hosted->window()->geometry(), left);
+}
+
 TEST_F(HostedWindowTest, ResizableWindowHasItsSizeAsMinimumAndAFixedOneCannotResize)
 {
     auto config = settingsConfig();
