@@ -102,8 +102,8 @@ QRegion mosaicAreas(const QList<Annotation> &marks)
 {
     QRegion areas;
     for (const Annotation &mark : marks) {
-        if (mark.is<Annotation::Mosaic>())
-            areas += aligned(AnnotationLayers::markArea(mark));
+        if (const auto *mosaic = mark.as<Annotation::Mosaic>())
+            areas += aligned(mosaic->frame.adjusted(-4, -4, 4, 4));
     }
     return areas;
 }
@@ -176,15 +176,21 @@ void AnnotationLayers::setAnnotations(const QList<Annotation> &annotations)
     // Only marks that changed, came or went are redrawn, with whatever lies
     // over or under them there.
     QRegion changed;
+    QList<QRectF> areas;
+    areas.reserve(annotations.size());
     const qsizetype count = std::max(annotations.size(), m_marks.size());
     for (qsizetype i = 0; i < count; ++i) {
         const bool before = i < m_marks.size(), after = i < annotations.size();
-        if (before && after && m_marks[i] == annotations[i])
+        if (before && after && m_marks[i] == annotations[i]) {
+            areas.append(m_markAreas[i]);
             continue;
+        }
         if (before)
-            changed += aligned(markArea(m_marks[i]));
-        if (after)
-            changed += aligned(markArea(annotations[i]));
+            changed += aligned(m_markAreas[i]);
+        if (after) {
+            areas.append(markArea(annotations[i]));
+            changed += aligned(areas.last());
+        }
     }
     const qreal largest = largestMosaicBlock(annotations);
     if (largest != m_largestMosaicBlock) {
@@ -193,6 +199,7 @@ void AnnotationLayers::setAnnotations(const QList<Annotation> &annotations)
         m_largestMosaicBlock = largest;
     }
     m_marks = annotations;
+    m_markAreas = areas;
     damageBase(changed);
 }
 
@@ -336,8 +343,9 @@ void AnnotationLayers::paintMosaic(QPainter &painter, const QRectF &frame, qreal
 void AnnotationLayers::paintMarkList(QPainter &painter, const QRectF &area)
 {
     painter.setRenderHint(QPainter::Antialiasing, true);
-    for (const Annotation &mark : std::as_const(m_marks)) {
-        if (!markArea(mark).intersects(area))
+    for (qsizetype i = 0; i < m_marks.size(); ++i) {
+        const Annotation &mark = m_marks[i];
+        if (!m_markAreas[i].intersects(area))
             continue;
         ++m_marksDrawn;
         if (const auto *mosaic = mark.as<Annotation::Mosaic>())

@@ -109,6 +109,8 @@ private:
     DamageSink m_onDamage;
 
     QList<Annotation> m_marks;
+    // Each mark's markArea, worked out once per change of the list.
+    QList<QRectF> m_markAreas;
     qreal m_largestMosaicBlock = 0;
     std::optional<QPainterPath> m_preview;
     QPen m_previewPen;
