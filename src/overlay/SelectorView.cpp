@@ -250,7 +250,24 @@ glimpso::TextEntryField *SelectorView::openField(const QRectF &localFrame)
         if (m_canvas)
             m_canvas->escape();
     };
-    auto *field = new OverlayTextField(this, std::move(callbacks));
+    // The frame's drags come in this window's coordinates; the editor works
+    // in global points, y up.
+    callbacks.moved = [this](QPointF travel) {
+        if (m_canvas)
+            m_canvas->editor().moveTextBy(toGlobal(travel) - toGlobal(QPointF()));
+    };
+    callbacks.resizeBegan = [this] {
+        if (m_canvas)
+            m_canvas->editor().beginTextResize();
+    };
+    callbacks.resized = [this](QSizeF travel, QPointF pointer) {
+        if (!m_canvas)
+            return;
+        // The readout of the new size shows at the pointer.
+        m_canvas->editor().setLastMouseLocation(toGlobal(pointer));
+        m_canvas->editor().resizeTextBy(travel);
+    };
+    auto *field = new OverlayTextField(this, std::move(callbacks), m_look.accent);
     field->setFrame(localFrame);
     field->show();
     field->setFocus(Qt::OtherFocusReason);
@@ -261,10 +278,8 @@ void SelectorView::closeField(glimpso::TextEntryField *field)
 {
     // The field may be the caller (its Return or Escape): it goes once this
     // turn of the event loop is over.
-    if (auto *widget = dynamic_cast<OverlayTextField *>(field)) {
-        widget->hide();
-        widget->deleteLater();
-    }
+    if (auto *widget = dynamic_cast<OverlayTextField *>(field))
+        widget->dismiss();
     setFocus(Qt::OtherFocusReason);
 }
 
