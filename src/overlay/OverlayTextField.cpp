@@ -4,9 +4,11 @@
 #include "overlay/EmojiPicker.h"
 #include "overlay/TextEditBox.h"
 
+#include <QCoreApplication>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QPalette>
+#include <QWheelEvent>
 
 OverlayTextField::OverlayTextField(QWidget *parent, Callbacks callbacks, const QColor &accent)
     : QLineEdit(parent), m_callbacks(std::move(callbacks))
@@ -147,4 +149,17 @@ void OverlayTextField::inputMethodEvent(QInputMethodEvent *event)
     // text; the field still grows with it.
     if (m_preedit != before && m_callbacks.changed)
         m_callbacks.changed();
+}
+
+void OverlayTextField::wheelEvent(QWheelEvent *event)
+{
+    // The wheel sizes the text: it belongs to the overlay under the field,
+    // however the event came.
+    if (!parentWidget())
+        return QLineEdit::wheelEvent(event);
+    const QPointF at = mapToParent(event->position());
+    QWheelEvent forwarded(at, event->globalPosition(), event->pixelDelta(), event->angleDelta(), event->buttons(),
+                          event->modifiers(), event->phase(), event->inverted(), event->source());
+    QCoreApplication::sendEvent(parentWidget(), &forwarded);
+    event->setAccepted(forwarded.isAccepted());
 }
