@@ -244,3 +244,16 @@ TEST(AnnotationLayers, MovingAMosaicKeepsItsBlocksFixedToThePicture)
     }
     EXPECT_GT(pixellated, compared / 2);
 }
+
+TEST(AnnotationLayers, AMosaicBeingDraggedShowsTheBlocksItWillKeep)
+{
+    Layers dragging, placed;
+    const QRectF frame(40, 40, 160, 100);
+    dragging.layers.setMosaicPreview(frame, 16);
+    placed.layers.setAnnotations({Annotation::mosaic(frame, 16)});
+    EXPECT_EQ(dragging.paint(), placed.paint());
+    EXPECT_NE(placed.paint(), placed.image);
+    // Gone with the drag.
+    dragging.layers.setMosaicPreview(std::nullopt, 16);
+    EXPECT_EQ(dragging.paint(), dragging.image);
+}
