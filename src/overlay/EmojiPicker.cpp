@@ -39,7 +39,9 @@ EmojiPicker::EmojiPicker(QWidget *parent) : QFrame(parent)
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(gap, gap, gap, gap);
     grid->setSpacing(2);
+    // The colour face first, where installed; others may draw some emoji in outline.
     QFont face = font();
+    face.setFamilies({QStringLiteral("Noto Color Emoji"), face.family()});
     face.setPixelSize(20);
     for (int i = 0; i < emoji().size(); ++i) {
         auto *button = new QToolButton(this);

@@ -10,6 +10,8 @@
 #include <QPalette>
 #include <QWheelEvent>
 
+#include <algorithm>
+
 OverlayTextField::OverlayTextField(QWidget *parent, Callbacks callbacks, const QColor &accent)
     : QLineEdit(parent), m_callbacks(std::move(callbacks))
 {
@@ -75,9 +77,18 @@ void OverlayTextField::setFrame(const QRectF &localFrame)
         m_box->follow();
 }
 
+QFont OverlayTextField::typingFont(const glimpso::TextOptions &options, int dotsPerInch)
+{
+    // The look's font is sized for a device of 72 dots per inch; on this
+    // window it must stand as many points tall as the committed text will.
+    QFont face = glimpso::TextLook::font(options);
+    face.setPointSizeF(options.size * 72.0 / std::max(dotsPerInch, 1));
+    return face;
+}
+
 void OverlayTextField::setLook(const glimpso::TextOptions &options, const QColor &color)
 {
-    setFont(glimpso::TextLook::font(options));
+    setFont(typingFont(options, logicalDpiY()));
     QPalette look = palette();
     // The plate of the background style shows while typing; the other styles
     // type straight onto the frozen screen.

@@ -49,6 +49,10 @@ public:
     // Types `emoji` at the caret, as if typed.
     void insertAtCaret(const QString &emoji);
 
+    // The look's font at the size that makes it `options.size` points tall
+    // on a window of `dotsPerInch`.
+    static QFont typingFont(const glimpso::TextOptions &options, int dotsPerInch);
+
     TextEditBox *box() const;
     EmojiPicker *emojiPicker() const;
 

@@ -7,15 +7,12 @@
 #include "annotation/TextEntryHost.h"
 #include "overlay/SelectorSurface.h"
 
-#include <QPen>
 #include <QPointer>
-#include <QTimer>
 #include <QRectF>
 #include <QString>
 #include <QWidget>
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 

@@ -192,7 +192,7 @@ TEST(TextEditBox, AResizeDrag30RightAnd30DownOnTheCornerAdds20)
     const QPointF corner = centreOf(TextEditBox::resizeSquare(box->size()), box, &o.view);
     o.drag(box, corner, corner + QPointF(30, 30));
     EXPECT_EQ(o.editor().textOptions().size, 40);
-    EXPECT_EQ(field->font(), glimpso::TextLook::font(o.editor().textOptions()));
+    EXPECT_EQ(field->font(), OverlayTextField::typingFont(o.editor().textOptions(), field->logicalDpiY()));
     EXPECT_EQ(o.view.layers().hudText(), QStringLiteral("Text 40pt"));
     EXPECT_TRUE(o.view.layers().hudVisible());
 }
@@ -210,7 +210,7 @@ TEST(TextEditBox, TheWheelOverTheFieldSizesTheText)
                       Qt::NoScrollPhase, false);
     QApplication::sendEvent(field, &wheel);
     EXPECT_EQ(o.editor().textOptions().size, 21);
-    EXPECT_EQ(field->font(), glimpso::TextLook::font(o.editor().textOptions()));
+    EXPECT_EQ(field->font(), OverlayTextField::typingFont(o.editor().textOptions(), field->logicalDpiY()));
 }
 
 TEST(TextEditBox, EscapeDropsTheTextAndTheFrameAndKeepsTheCapture)
@@ -332,4 +332,49 @@ TEST(TextEditBox, InputMethodsComposeAndCommitNonLatinText)
     QTest::keyClick(field, Qt::Key_Return);
     ASSERT_EQ(o.editor().annotations().size(), 1);
     EXPECT_EQ(o.editor().annotations()[0].as<Annotation::Text>()->string, QStringLiteral("日本語"));
+}
+
+namespace {
+
+// The bounds of the pixels of `image` within `area` that are near `color`.
+QRect inkBounds(const QImage &image, const QRect &area, const QColor &color)
+{
+    QRect bounds;
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x) {
+            const QColor c = image.pixelColor(x, y);
+            if (std::abs(c.red() - color.red()) + std::abs(c.green() - color.green()) + std::abs(c.blue() - color.blue())
+                < 60)
+                bounds |= QRect(x, y, 1, 1);
+        }
+    }
+    return bounds;
+}
+
+} // namespace
+
+TEST(TextEditBox, TypedLettersStandWhereTheCommittedTextIsDrawn)
+{
+    Overlay o;
+    glimpso::TextOptions options = o.editor().textOptions();
+    options.style = glimpso::TextStyle::plain;
+    options.size = 30;
+    o.canvas.handleToolbarAction(EditorAction::setTextOptions(options));
+    const QColor red(255, 59, 48);
+    o.canvas.handleToolbarAction(EditorAction::selectColor(red));
+    OverlayTextField *field = o.openAt({200, 300});
+    ASSERT_TRUE(field);
+    QTest::keyClicks(field, QStringLiteral("Hello, glimpso 123"));
+    const QRect area = field->geometry().adjusted(-4, -4, 4, 4);
+    const QRect typed = inkBounds(o.view.grab().toImage(), area, red);
+    QTest::keyClick(field, Qt::Key_Return);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    ASSERT_EQ(o.editor().annotations().size(), 1);
+    const QRect committed = inkBounds(o.view.grab().toImage(), area, red);
+    ASSERT_TRUE(typed.isValid() && committed.isValid());
+    EXPECT_GT(typed.width(), 200);
+    EXPECT_LE(std::abs(typed.left() - committed.left()), 1);
+    EXPECT_LE(std::abs(typed.top() - committed.top()), 1);
+    EXPECT_LE(std::abs(typed.right() - committed.right()), 2);
+    EXPECT_LE(std::abs(typed.bottom() - committed.bottom()), 1);
 }
