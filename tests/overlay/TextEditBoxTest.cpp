@@ -2,6 +2,7 @@
 
 #include "EventLoopWait.h"
 #include "SettingsFakes.h"
+#include "annotation/Handle.h"
 #include "annotation/TextLook.h"
 #include "overlay/EmojiPicker.h"
 #include "overlay/OverlayTextField.h"
@@ -193,6 +194,8 @@ TEST(TextEditBox, AResizeDrag30RightAnd30DownOnTheCornerAdds20)
     o.drag(box, corner, corner + QPointF(30, 30));
     EXPECT_EQ(o.editor().textOptions().size, 40);
     EXPECT_EQ(field->font(), OverlayTextField::typingFont(o.editor().textOptions(), field->logicalDpiY()));
+    // The frame follows the taller field.
+    EXPECT_EQ(box->geometry(), TextEditBox::boxFrame(QRectF(field->geometry())).toAlignedRect());
     EXPECT_EQ(o.view.layers().hudText(), QStringLiteral("Text 40pt"));
     EXPECT_TRUE(o.view.layers().hudVisible());
 }
@@ -377,4 +380,44 @@ TEST(TextEditBox, TypedLettersStandWhereTheCommittedTextIsDrawn)
     EXPECT_LE(std::abs(typed.top() - committed.top()), 1);
     EXPECT_LE(std::abs(typed.right() - committed.right()), 2);
     EXPECT_LE(std::abs(typed.bottom() - committed.bottom()), 1);
+}
+
+TEST(TextEditBox, EachPartShowsItsPointerAndTheFrameLineNone)
+{
+    Overlay o;
+    OverlayTextField *field = o.openAt({100, 120});
+    ASSERT_TRUE(field);
+    TextEditBox *box = field->box();
+    const QSizeF size = box->size();
+    const auto hover = [&](QPointF at) {
+        QMouseEvent move(QEvent::MouseMove, at, box->mapToGlobal(at), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(box, &move);
+    };
+    hover(TextEditBox::resizeSquare(size).center());
+    EXPECT_EQ(box->cursor().shape(), glimpso::cursor(glimpso::Handle::bottomRight));
+    hover(TextEditBox::sideGrips(size)[1]);
+    EXPECT_EQ(box->cursor().shape(), Qt::OpenHandCursor);
+    hover(TextEditBox::emojiButton(size).center());
+    EXPECT_EQ(box->cursor().shape(), Qt::PointingHandCursor);
+    hover(TextEditBox::textFrame(size).topLeft() + QPointF(30, 0));
+    EXPECT_FALSE(box->testAttribute(Qt::WA_SetCursor));
+}
+
+TEST(TextEditBox, AMoveDragHoldsTheClosedHandUntilRelease)
+{
+    Overlay o;
+    OverlayTextField *field = o.openAt({100, 120});
+    ASSERT_TRUE(field);
+    TextEditBox *box = field->box();
+    const QPointF grip = TextEditBox::sideGrips(box->size())[0];
+    QMouseEvent press(QEvent::MouseButtonPress, grip, box->mapToGlobal(grip), Qt::LeftButton, Qt::LeftButton,
+                      Qt::NoModifier);
+    QApplication::sendEvent(box, &press);
+    EXPECT_EQ(box->dragging(), TextEditBox::Part::move);
+    EXPECT_EQ(box->cursor().shape(), Qt::ClosedHandCursor);
+    QMouseEvent release(QEvent::MouseButtonRelease, grip, box->mapToGlobal(grip), Qt::LeftButton, Qt::NoButton,
+                        Qt::NoModifier);
+    QApplication::sendEvent(box, &release);
+    EXPECT_EQ(box->dragging(), std::nullopt);
+    EXPECT_EQ(box->cursor().shape(), Qt::OpenHandCursor);
 }
