@@ -49,6 +49,7 @@ public:
     void renderPointHandles(const std::optional<QList<QPointF>> &points) override;
     void showHUD(const QString &text, QPointF near, const QRectF &screen) override;
     std::optional<glimpso::TextHost> textHost() override;
+    std::optional<ToolbarHost> toolbarHost() override;
 
     // TextEntryHost: the field a text mark is typed into.
     glimpso::TextEntryField *openField(const QRectF &localFrame) override;
