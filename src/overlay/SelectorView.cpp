@@ -70,8 +70,6 @@ SelectorView::SelectorView(SelectionCanvas *canvas, const ScreenSnapshot &snapsh
         [this](const QRegion &area) { updateArea(area); });
 }
 
-SelectorView::~SelectorView() = default;
-
 void SelectorView::updateArea(const QRegion &area)
 {
     m_lastDamage = area;
