@@ -1,6 +1,7 @@
 #include "overlay/TextEditBox.h"
 
 #include "annotation/Handle.h"
+#include "annotation/TextLook.h"
 
 #include <QEvent>
 #include <QMouseEvent>
@@ -27,13 +28,13 @@ QRectF around(QPointF centre, qreal side)
 
 // The smile of the emoji button, drawn on a 24-unit grid centred on `centre`
 // and scaled to `size`.
-void paintSmile(QPainter &painter, QPointF centre, qreal size)
+void paintSmile(QPainter &painter, QPointF centre, qreal size, const QColor &color)
 {
     painter.save();
     painter.translate(centre);
     painter.scale(size / 24, size / 24);
     painter.translate(-12, -12);
-    QPen pen(Qt::white, 2.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+    QPen pen(color, 2.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
     painter.setPen(pen);
     painter.setBrush(Qt::NoBrush);
     painter.drawEllipse(QPointF(12, 12), 10, 10);
@@ -155,7 +156,8 @@ void TextEditBox::paintEvent(QPaintEvent *)
     const QRectF button = emojiButton(box);
     painter.setPen(Qt::NoPen);
     painter.drawEllipse(button);
-    paintSmile(painter, button.center(), 15);
+    // White on a strong accent; the accent may be set light, then black.
+    paintSmile(painter, button.center(), 15, glimpso::TextLook::contrast(m_accent));
 }
 
 QPointF TextEditBox::inParent(QPointF global) const
