@@ -1,5 +1,6 @@
 #include "toolbars/EditorToolbar.h"
 
+#include "appui/Theme.h"
 #include "overlay/SelectorSurface.h"
 #include "settings/AppSettings.h"
 #include "settings/HexColor.h"
@@ -72,6 +73,8 @@ EditorToolbar::EditorToolbar(bool showsSize, std::function<void(const EditorActi
             || key == m_settings.toolbarIconColorHex.key() || key == m_settings.toolbarCornerRadius.key())
             applyChromeSettings();
     });
+    // Glass and "auto" icons follow the desktop between light and dark.
+    connect(new Theme(this), &Theme::appearanceChanged, this, [this] { applyChromeSettings(); });
     resize(int(fittingWidth()), barHeight);
 }
 

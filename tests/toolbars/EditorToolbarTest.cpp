@@ -11,6 +11,7 @@
 #include "toolbars/ToolbarSeparator.h"
 #include "toolbars/ToolbarTable.h"
 
+#include <QColorDialog>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
@@ -369,4 +370,25 @@ TEST(EditorToolbar, ToolbarActionsReachTheEditor)
     EXPECT_EQ(harness.canvas.editor().annotations().size(), 1);
     QTest::mouseClick(harness.toolbar->actionChip(EditorAction::Kind::close), Qt::LeftButton);
     EXPECT_EQ(harness.results, 1);
+}
+
+TEST(EditorToolbar, MoreOpensTheFullChooserInsideTheSameWindow)
+{
+    ToolbarFixture fixture;
+    QWidget window;
+    window.resize(1000, 700);
+    EditorToolbar toolbar(true, fixture.handler(), fixture.settings, &window);
+    window.show();
+    toolbar.colorChip()->openPalette();
+    QTest::mouseClick(toolbar.colorChip()->palette()->moreButton(), Qt::LeftButton);
+    auto *chooser = window.findChild<QColorDialog *>();
+    ASSERT_NE(chooser, nullptr);
+    EXPECT_FALSE(chooser->isWindow()) << "a window of its own would open under the frozen screen";
+    EXPECT_TRUE(chooser->isVisible());
+    EXPECT_EQ(chooser->currentColor(), toolbar.colorChip()->color());
+    chooser->setCurrentColor(QColor(0x12, 0x34, 0x56));
+    chooser->accept();
+    ASSERT_EQ(fixture.sent.size(), 1);
+    EXPECT_EQ(std::get<QColor>(fixture.sent[0].payload()), QColor(0x12, 0x34, 0x56));
+    EXPECT_EQ(toolbar.colorChip()->color(), QColor(0x12, 0x34, 0x56));
 }
