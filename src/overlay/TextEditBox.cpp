@@ -1,5 +1,7 @@
 #include "overlay/TextEditBox.h"
 
+#include "appui/Lucide.h"
+
 #include "annotation/Handle.h"
 #include "annotation/TextLook.h"
 
@@ -24,27 +26,6 @@ constexpr qreal lineWidth = 1.5;
 QRectF around(QPointF centre, qreal side)
 {
     return {centre.x() - side / 2, centre.y() - side / 2, side, side};
-}
-
-// The smile of the emoji button, drawn on a 24-unit grid centred on `centre`
-// and scaled to `size`.
-void paintSmile(QPainter &painter, QPointF centre, qreal size, const QColor &color)
-{
-    painter.save();
-    painter.translate(centre);
-    painter.scale(size / 24, size / 24);
-    painter.translate(-12, -12);
-    QPen pen(color, 2.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
-    painter.setPen(pen);
-    painter.setBrush(Qt::NoBrush);
-    painter.drawEllipse(QPointF(12, 12), 10, 10);
-    QPainterPath smile(QPointF(8, 14));
-    smile.cubicTo(QPointF(8, 14), QPointF(9.5, 16), QPointF(12, 16));
-    smile.cubicTo(QPointF(14.5, 16), QPointF(16, 14), QPointF(16, 14));
-    painter.drawPath(smile);
-    painter.drawPoint(QPointF(9, 9));
-    painter.drawPoint(QPointF(15, 9));
-    painter.restore();
 }
 
 } // namespace
@@ -157,7 +138,9 @@ void TextEditBox::paintEvent(QPaintEvent *)
     painter.setPen(Qt::NoPen);
     painter.drawEllipse(button);
     // White on a strong accent; the accent may be set light, then black.
-    paintSmile(painter, button.center(), 15, glimpso::TextLook::contrast(m_accent));
+    const qreal side = 15;
+    const QImage smile = Lucide(Lucide::smile).tinted(side, 2.2, glimpso::TextLook::contrast(m_accent), devicePixelRatioF());
+    painter.drawImage(QRectF(button.center() - QPointF(side / 2, side / 2), QSizeF(side, side)), smile);
 }
 
 QPointF TextEditBox::inParent(QPointF global) const
