@@ -9,8 +9,12 @@
 #include "app/ScriptedRegionSelector.h"
 #include "appbase/InProcessNotices.h"
 #include "overlay/RegionSelector.h"
+#include "platform/dbus/DBusDesktopOpener.h"
+#include "platform/dbus/DBusNotificationBackend.h"
 #include "appbase/SingleInstance.h"
-#include "output/LoggingNotifier.h"
+#include "output/HUDToast.h"
+#include "output/NotificationsOffAlert.h"
+#include "output/Notifier.h"
 #include "output/OutputService.h"
 #include "output/ShutterSound.h"
 #include "settings/AppSettings.h"
@@ -47,6 +51,7 @@ void AppDelegate::applicationDidFinishLaunching()
     m_singleInstance.claim();
     m_singleInstance.onHandOff([] { qCInfo(lcAppDelegate) << "another launch handed off to this copy"; });
 
+    prepareNotifier();
     buildCaptureCoordinator();
     buildHotkeys();
     registerCommands();
@@ -72,6 +77,28 @@ void AppDelegate::logDisplays() const
     }
     qCInfo(lcAppDelegate, "%lld %s: %s", qlonglong(displays.size()), displays.size() == 1 ? "display" : "displays",
            qUtf8Printable(displays.join(u", ")));
+}
+
+void AppDelegate::prepareNotifier()
+{
+    m_toast = std::make_unique<HUDToast>();
+    m_notificationServer = std::make_unique<DBusNotificationBackend>();
+    m_opener = std::make_unique<DBusDesktopOpener>();
+    m_notifier = std::make_unique<Notifier>(m_settings, m_storage, *m_notificationServer, *m_toast, *m_opener);
+    m_notifier->onNotificationsOff = [] { NotificationsOffAlert::show(); };
+    m_notifier->routes.showSettings = [this](SettingsTab) { notAvailableYet(QStringLiteral("The settings window")); };
+    m_notifier->routes.showUpdates = [this] { notAvailableYet(QStringLiteral("Checking for updates")); };
+    m_notifier->routes.reportProblem = [this] { notAvailableYet(QStringLiteral("Reporting a problem")); };
+    m_notifier->prepare();
+}
+
+CommandRouter::Reply AppDelegate::notAvailableYet(const QString &what)
+{
+    qCInfo(lcAppDelegate, "%s is not available yet", qUtf8Printable(what));
+    m_notifier->post(QStringLiteral("Not available yet"),
+                     QStringLiteral("%1 is not in this version of glimpso yet.").arg(what), 4.0,
+                     NoticeAction::none());
+    return {1, {}, QStringLiteral("glimpso: %1 is not available yet").arg(what.toLower())};
 }
 
 void AppDelegate::buildHotkeys()
@@ -133,7 +160,6 @@ void AppDelegate::registerCommands()
 
 void AppDelegate::buildCaptureCoordinator()
 {
-    m_notifier = std::make_unique<LoggingNotifier>();
     m_desktop = DesktopBackend::load();
     qCInfo(lcAppDelegate, "desktop backend: %s", qUtf8Printable(m_desktop.name));
     m_output = std::make_unique<OutputService>(m_settings, *m_notifier);

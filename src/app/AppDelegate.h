@@ -17,7 +17,10 @@ class CaptureCoordinator;
 class HistoryStore;
 class HangupNotifier;
 class HotkeyManager;
-class LoggingNotifier;
+class DBusDesktopOpener;
+class DBusNotificationBackend;
+class HUDToast;
+class Notifier;
 class OutputService;
 class ShutterSound;
 class IniSettingsStorage;
@@ -48,6 +51,9 @@ public:
 
 private:
     void logDisplays() const;
+    void prepareNotifier();
+    // Says that `what` is not in this build yet, as a notice and as the command's answer.
+    CommandRouter::Reply notAvailableYet(const QString &what);
     void registerCommands();
     void buildCaptureCoordinator();
     void buildHotkeys();
@@ -63,7 +69,10 @@ private:
     CommandRouter m_commands;
     std::map<LaunchEnvironment::Feature, LaunchFeature> m_launchFeatures;
 
-    std::unique_ptr<LoggingNotifier> m_notifier;
+    std::unique_ptr<HUDToast> m_toast;
+    std::unique_ptr<DBusNotificationBackend> m_notificationServer;
+    std::unique_ptr<DBusDesktopOpener> m_opener;
+    std::unique_ptr<Notifier> m_notifier;
     DesktopBackend m_desktop;
     std::unique_ptr<OutputService> m_output;
     std::unique_ptr<ShutterSound> m_shutter;
