@@ -85,7 +85,10 @@ void AppDelegate::prepareNotifier()
     m_notificationServer = std::make_unique<DBusNotificationBackend>();
     m_opener = std::make_unique<DBusDesktopOpener>();
     m_notifier = std::make_unique<Notifier>(m_settings, m_storage, *m_notificationServer, *m_toast, *m_opener);
-    m_notifier->onNotificationsOff = [] { NotificationsOffAlert::show(); };
+    m_notifier->onNotificationsOff = [] {
+        qCInfo(lcAppDelegate, "telling the user once that notifications are off");
+        NotificationsOffAlert::show();
+    };
     m_notifier->routes.showSettings = [this](SettingsTab) { notAvailableYet(QStringLiteral("The settings window")); };
     m_notifier->routes.showUpdates = [this] { notAvailableYet(QStringLiteral("Checking for updates")); };
     m_notifier->routes.reportProblem = [this] { notAvailableYet(QStringLiteral("Reporting a problem")); };
