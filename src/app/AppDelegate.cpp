@@ -7,6 +7,7 @@
 #include "app/HangupNotifier.h"
 #include "app/HotkeyManager.h"
 #include "app/ScriptedRegionSelector.h"
+#include "app/WelcomeNotice.h"
 #include "appbase/InProcessNotices.h"
 #include "overlay/RegionSelector.h"
 #include "platform/dbus/DBusDesktopOpener.h"
@@ -56,6 +57,7 @@ void AppDelegate::applicationDidFinishLaunching()
     buildHotkeys();
     registerCommands();
     startCommandChannel();
+    WelcomeNotice::showOnce(m_storage, m_settings, *m_notifier);
 
     // The environment's features run once the launch turn is over.
     QTimer::singleShot(0, this, [this] { runLaunchEnvironment(); });

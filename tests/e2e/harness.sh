@@ -112,10 +112,22 @@ e2e_setup() {
   start_window_manager
   wait_for "the window manager" 20 window_manager_ready
 
-  dunst >"$E2E_DIR/dunst.log" 2>&1 &
+  write_dunst_config
+  dunst -config "$E2E_DIR/dunstrc" >"$E2E_DIR/dunst.log" 2>&1 &
   E2E_PIDS+=($!)
   wait_for "the notification server" 20 bus_name_has_owner org.freedesktop.Notifications
   e2e_log "desktop ready on $DISPLAY ($size${monitors:+, monitors $monitors})"
+}
+
+# dunst puts its notifications beyond the edge of the screen, so that they
+# never stand in the pixels a case captures and compares; they are there all
+# the same (dunstctl count displayed). $E2E_DUNST_DMENU, when set, is the
+# program dunst's context menu (dunstctl context) asks for a choice.
+write_dunst_config() {
+  {
+    printf '[global]\n    origin = top-left\n    offset = 8000x8000\n'
+    if [ -n "${E2E_DUNST_DMENU:-}" ]; then printf '    dmenu = %s\n' "$E2E_DUNST_DMENU"; fi
+  } >"$E2E_DIR/dunstrc"
 }
 
 # The server picks a free display itself (-displayfd) and writes its number;

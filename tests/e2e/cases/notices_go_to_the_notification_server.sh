@@ -1,17 +1,16 @@
 #!/usr/bin/env bash
-# A capture taken on the overlay is announced by the desktop's notification
+# The first launch's welcome names the two capture shortcuts. A capture taken on the overlay is announced by the desktop's notification
 # server (dunst) with its title and file name, and the notification's "Open"
 # button opens the file with the desktop's opener.
 source "$(dirname "$0")/../harness.sh"
 
-# dunst's context menu is a dmenu-like program: this one picks "Open".
-mkdir -p "$E2E_DIR/home/.config/dunst"
+# dunst's context menu asks a dmenu-like program for a choice: this one picks "Open".
 cat >"$E2E_DIR/pick-open.sh" <<'PICK'
 #!/usr/bin/env bash
 grep -m1 ',open-file\]'
 PICK
 chmod +x "$E2E_DIR/pick-open.sh"
-printf '[global]\n    dmenu = %s\n' "$E2E_DIR/pick-open.sh" >"$E2E_DIR/home/.config/dunst/dunstrc"
+export E2E_DUNST_DMENU=$E2E_DIR/pick-open.sh
 
 e2e_setup --size 1024x600
 plain_root '#3060a0'
@@ -19,6 +18,9 @@ use_test_opener
 watch_notifications
 e2e_start_glimpso
 wait_for_log "notifications go to dunst" 10
+wait_for "the welcome notice on the bus" 10 grep -qF 'string "glimpso is ready"' "$E2E_NOTIFY_LOG"
+expect_contains "$(cat "$E2E_NOTIFY_LOG")" \
+  'string "Ctrl+Shift+2 to capture · Ctrl+Shift+1 for all displays · change in Settings"' "the welcome notice"
 
 open_region_overlay 500 300
 drag 100 100 300 250
