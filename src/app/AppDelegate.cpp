@@ -6,7 +6,9 @@
 #include "app/CaptureVerb.h"
 #include "app/HangupNotifier.h"
 #include "app/HotkeyManager.h"
+#include "app/MenuBarController.h"
 #include "app/ScriptedRegionSelector.h"
+#include "app/TrayActions.h"
 #include "app/WelcomeNotice.h"
 #include "appbase/InProcessNotices.h"
 #include "overlay/RegionSelector.h"
@@ -22,6 +24,7 @@
 #include "settings/IniSettingsStorage.h"
 
 #include <QClipboard>
+#include <QMenu>
 #include <QEventLoop>
 #include <QGuiApplication>
 #include <QLoggingCategory>
@@ -54,7 +57,9 @@ void AppDelegate::applicationDidFinishLaunching()
 
     prepareNotifier();
     buildCaptureCoordinator();
+    buildTrayActions();
     buildHotkeys();
+    buildMenuBar();
     registerCommands();
     startCommandChannel();
     WelcomeNotice::showOnce(m_storage, m_settings, *m_notifier);
@@ -91,19 +96,37 @@ void AppDelegate::prepareNotifier()
         qCInfo(lcAppDelegate, "telling the user once that notifications are off");
         NotificationsOffAlert::show();
     };
-    m_notifier->routes.showSettings = [this](SettingsTab) { notAvailableYet(QStringLiteral("The settings window")); };
-    m_notifier->routes.showUpdates = [this] { notAvailableYet(QStringLiteral("Checking for updates")); };
-    m_notifier->routes.reportProblem = [this] { notAvailableYet(QStringLiteral("Reporting a problem")); };
     m_notifier->prepare();
 }
 
-CommandRouter::Reply AppDelegate::notAvailableYet(const QString &what)
+void AppDelegate::buildTrayActions()
 {
-    qCInfo(lcAppDelegate, "%s is not available yet", qUtf8Printable(what));
-    m_notifier->post(QStringLiteral("Not available yet"),
-                     QStringLiteral("%1 is not in this version of glimpso yet.").arg(what), 4.0,
-                     NoticeAction::none());
-    return {1, {}, QStringLiteral("glimpso: %1 is not available yet").arg(what.toLower())};
+    m_trayActions = std::make_unique<TrayActions>(*m_coordinator, m_settings, *m_notifier, *m_opener);
+    m_trayActions->registerCommands(m_commands);
+    m_notifier->routes.showSettings = [this](SettingsTab tab) { m_trayActions->openSettings(tab); };
+    m_notifier->routes.showUpdates = [this] { m_trayActions->checkForUpdates(); };
+    m_notifier->routes.reportProblem = [this] { m_trayActions->reportProblem(); };
+}
+
+void AppDelegate::buildMenuBar()
+{
+    TrayActions &tray = *m_trayActions;
+    MenuBarController::Actions actions;
+    actions.captureRegion = [this](bool allDisplays, CaptureIntent intent) {
+        m_coordinator->captureRegion(allDisplays, intent);
+    };
+    actions.captureWindow = [&tray] { tray.captureWindow(); };
+    actions.captureAfterDelay = [&tray](qint64 seconds) { tray.captureAfterDelay(seconds); };
+    actions.record = [&tray](CaptureKind kind, TrayActions::RecordingArea area) { tray.record(kind, area); };
+    actions.showHistory = [&tray] { tray.showHistory(); };
+    actions.openFolder = [&tray] { tray.openFolder(); };
+    actions.openSettings = [&tray] { tray.openSettings(); };
+    actions.checkForUpdates = [&tray] { tray.checkForUpdates(); };
+    actions.reportProblem = [&tray] { tray.reportProblem(); };
+    actions.quit = [] { QCoreApplication::quit(); };
+    m_menuBar = std::make_unique<MenuBarController>(std::move(actions), m_settings, *m_notifier,
+                                                    QSystemTrayIcon::isSystemTrayAvailable());
+    m_hotkeys->setStatusMenu(m_menuBar->menu());
 }
 
 void AppDelegate::buildHotkeys()

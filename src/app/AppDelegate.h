@@ -17,6 +17,7 @@ class CaptureCoordinator;
 class HistoryStore;
 class HangupNotifier;
 class HotkeyManager;
+class MenuBarController;
 class DBusDesktopOpener;
 class DBusNotificationBackend;
 class HUDToast;
@@ -26,6 +27,7 @@ class ShutterSound;
 class IniSettingsStorage;
 class InstanceChannel;
 class SingleInstance;
+class TrayActions;
 
 // Builds the long-lived objects in their fixed order once the application runs,
 // and tears down what must go at the end. Owned by main for the life of the process.
@@ -52,8 +54,8 @@ public:
 private:
     void logDisplays() const;
     void prepareNotifier();
-    // Says that `what` is not in this build yet, as a notice and as the command's answer.
-    CommandRouter::Reply notAvailableYet(const QString &what);
+    void buildTrayActions();
+    void buildMenuBar();
     void registerCommands();
     void buildCaptureCoordinator();
     void buildHotkeys();
@@ -79,5 +81,7 @@ private:
     std::unique_ptr<HistoryStore> m_history;
     std::unique_ptr<CaptureCoordinator> m_coordinator;
     std::unique_ptr<HotkeyManager> m_hotkeys;
+    std::unique_ptr<TrayActions> m_trayActions;
+    std::unique_ptr<MenuBarController> m_menuBar;
     std::unique_ptr<HangupNotifier> m_hangup;
 };
