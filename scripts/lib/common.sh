@@ -38,19 +38,19 @@ glimpso_install_deps() {
     $sudo apt-get update -qq >/dev/null
     $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
   fi
-  glimpso_install_npm_parts
+  glimpso_install_npm
 }
 
-# The few parts that come from the npm registry are pinned in package.json and
-# installed into node_modules/ of the source tree (ignored by git).
-glimpso_install_npm_parts() {
-  [ -f "$GLIMPSO_ROOT/package.json" ] || return 0
-  if [ ! -f "$GLIMPSO_ROOT/node_modules/.glimpso-stamp" ] ||
-     [ "$GLIMPSO_ROOT/package-lock.json" -nt "$GLIMPSO_ROOT/node_modules/.glimpso-stamp" ]; then
-    say "installing npm parts"
-    (cd "$GLIMPSO_ROOT" && npm ci --silent --no-audit --no-fund) >/dev/null
-    touch "$GLIMPSO_ROOT/node_modules/.glimpso-stamp"
-  fi
+# npm installs the pinned icon set into the build tree during the build. Where a
+# Node.js is already installed (with its own npm), that one is used; otherwise
+# Debian's npm is installed.
+glimpso_install_npm() {
+  command -v npm >/dev/null && return 0
+  local sudo=""
+  [ "$(id -u)" -ne 0 ] && sudo="sudo"
+  say "installing npm"
+  $sudo apt-get update -qq >/dev/null
+  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends npm >/dev/null
 }
 
 glimpso_build() {

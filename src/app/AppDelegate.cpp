@@ -14,6 +14,7 @@
 #include "overlay/RegionSelector.h"
 #include "platform/dbus/DBusDesktopOpener.h"
 #include "platform/dbus/DBusNotificationBackend.h"
+#include "toolbars/EditorToolbar.h"
 #include "appbase/SingleInstance.h"
 #include "output/HUDToast.h"
 #include "output/NotificationsOffAlert.h"
@@ -208,6 +209,9 @@ void AppDelegate::buildCaptureCoordinator()
                                 std::function<void(const RegionResult &)> completion) {
         RegionSelector::Options options;
         options.intent = intent;
+        options.makeToolbar = [this](std::function<void(const EditorAction &)> handler) {
+            return std::make_unique<EditorToolbar>(true, std::move(handler), m_settings);
+        };
         return std::make_shared<RegionSelector>(snapshots, m_settings, std::move(options), std::move(completion));
     };
     m_coordinator = std::make_unique<CaptureCoordinator>(std::move(parts));

@@ -10,7 +10,11 @@
 #include <QRectF>
 #include <QString>
 
+#include <functional>
+
 #include <optional>
+
+class QWidget;
 
 // One display's part of the overlay as the selection canvas drives it. Every
 // call speaks global points (y up); a surface shows what falls on its display
@@ -18,6 +22,13 @@
 class SelectorSurface
 {
 public:
+    // Where the floating toolbar sits on this display: the widget that holds
+    // it and the mapping of global rectangles to that widget's coordinates.
+    struct ToolbarHost {
+        QWidget *widget = nullptr;
+        std::function<QRectF(const QRectF &)> toLocal;
+    };
+
     virtual ~SelectorSurface() = default;
 
     // The display's frame in global points.
@@ -44,4 +55,6 @@ public:
     // Where a text field may open on this display, with the mapping of global
     // rectangles to the view; none where the display cannot hold one.
     virtual std::optional<glimpso::TextHost> textHost() { return std::nullopt; }
+    // None where the display cannot show a toolbar.
+    virtual std::optional<ToolbarHost> toolbarHost() { return std::nullopt; }
 };

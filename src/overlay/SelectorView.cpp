@@ -1,5 +1,7 @@
 #include "overlay/SelectorView.h"
 
+#include "overlay/CanvasToolbar.h"
+
 #include "annotation/AnnotationRenderer.h"
 #include "annotation/DrawingRules.h"
 #include "overlay/OverlayTextField.h"
@@ -270,6 +272,24 @@ void SelectorView::showHUD(const QString &text, const QRectF &screen)
 std::optional<glimpso::TextHost> SelectorView::textHost()
 {
     return glimpso::TextHost{this, [this](const QRectF &global) { return toLocal(global); }};
+}
+
+SelectorView::~SelectorView()
+{
+    // The floating toolbar sits in this window but belongs to the canvas,
+    // which may outlive the window by a moment: hand it back unharmed.
+    for (QObject *child : children()) {
+        auto *widget = qobject_cast<QWidget *>(child);
+        if (widget && dynamic_cast<CanvasToolbar *>(widget)) {
+            widget->hide();
+            widget->setParent(nullptr);
+        }
+    }
+}
+
+std::optional<SelectorSurface::ToolbarHost> SelectorView::toolbarHost()
+{
+    return ToolbarHost{this, [this](const QRectF &global) { return toLocal(global); }};
 }
 
 glimpso::TextEntryField *SelectorView::openField(const QRectF &localFrame)

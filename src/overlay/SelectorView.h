@@ -33,6 +33,7 @@ class SelectorView : public QWidget, public SelectorSurface, public glimpso::Tex
 public:
     SelectorView(SelectionCanvas *canvas, const ScreenSnapshot &snapshot, const DesktopSpace &space,
                  const QRect &qtGeometry, const OverlayLook &look);
+    ~SelectorView() override;
 
     // Runs once, after the first paint of this window has reached the display server.
     void setOnFirstPaint(std::function<void()> onFirstPaint) { m_onFirstPaint = std::move(onFirstPaint); }
@@ -51,6 +52,7 @@ public:
     void renderPointHandles(const std::optional<QList<QPointF>> &points) override;
     void showHUD(const QString &text, const QRectF &screen) override;
     std::optional<glimpso::TextHost> textHost() override;
+    std::optional<ToolbarHost> toolbarHost() override;
 
     // TextEntryHost: the field a text mark is typed into.
     glimpso::TextEntryField *openField(const QRectF &localFrame) override;
