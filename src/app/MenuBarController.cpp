@@ -58,17 +58,22 @@ MenuBarController::~MenuBarController()
         disconnect(connection);
 }
 
-QMenu *MenuBarController::submenu(QMenu *parent, const QString &title)
+QIcon MenuBarController::menuIcon(Lucide::Icon icon) const
 {
-    QMenu *menu = parent->addMenu(title);
+    return Lucide(icon).icon(iconSize, iconStroke, m_menu->palette().color(QPalette::WindowText));
+}
+
+QMenu *MenuBarController::submenu(QMenu *parent, const QString &title, Lucide::Icon icon)
+{
+    QMenu *menu = parent->addMenu(menuIcon(icon), title);
     menu->setObjectName(title);
     return menu;
 }
 
-QAction *MenuBarController::item(QMenu *menu, const QString &title, std::function<void()> run,
+QAction *MenuBarController::item(QMenu *menu, const QString &title, Lucide::Icon icon, std::function<void()> run,
                                  Setting<Hotkey> *shortcut)
 {
-    QAction *action = menu->addAction(title);
+    QAction *action = menu->addAction(menuIcon(icon), title);
     connect(action, &QAction::triggered, this, [run = std::move(run)] {
         if (run)
             run();
@@ -92,52 +97,52 @@ void MenuBarController::buildTree()
         };
     };
 
-    QMenu *screenshot = submenu(m_menu.get(), QStringLiteral("Screenshot"));
-    item(screenshot, QStringLiteral("Capture Region"), [this] {
+    QMenu *screenshot = submenu(m_menu.get(), QStringLiteral("Screenshot"), Lucide::scan);
+    item(screenshot, QStringLiteral("Capture Region"), Lucide::scan, [this] {
         qCInfo(lcMenuBar, "menu: captureRegion clicked, statusItem.isVisible=%d", m_trayIcon && m_trayIcon->isVisible());
         if (m_actions.captureRegion)
             m_actions.captureRegion(false, CaptureIntent::image);
     }, &m_settings.hotkeyRegion);
-    item(screenshot, QStringLiteral("Capture Window"), [this] { run(m_actions.captureWindow); }, &m_settings.hotkeyWindow);
-    item(screenshot, QStringLiteral("Capture All Displays"), [this] {
+    item(screenshot, QStringLiteral("Capture Window"), Lucide::appWindow, [this] { run(m_actions.captureWindow); }, &m_settings.hotkeyWindow);
+    item(screenshot, QStringLiteral("Capture All Displays"), Lucide::monitor, [this] {
         qCInfo(lcMenuBar, "menu: captureAllDisplays clicked");
         if (m_actions.captureRegion)
             m_actions.captureRegion(true, CaptureIntent::image);
     }, &m_settings.hotkeyAllDisplays);
     screenshot->addSeparator();
-    m_delayMenu = submenu(screenshot, QStringLiteral("Capture After Delay"));
+    m_delayMenu = submenu(screenshot, QStringLiteral("Capture After Delay"), Lucide::timer);
     connect(m_delayMenu, &QMenu::aboutToShow, this, &MenuBarController::fillDelayMenu);
 
-    item(m_menu.get(), QStringLiteral("Capture Text"), [this] {
+    item(m_menu.get(), QStringLiteral("Capture Text"), Lucide::scanText, [this] {
         if (m_actions.captureRegion)
             m_actions.captureRegion(false, CaptureIntent::text);
     }, &m_settings.hotkeyText);
 
-    QMenu *gif = submenu(m_menu.get(), QStringLiteral("GIF"));
-    item(gif, QStringLiteral("Record Region"), record(CaptureKind::gif, 0), &m_settings.hotkeyGIF);
-    item(gif, QStringLiteral("Record Window"), record(CaptureKind::gif, 1), &m_settings.hotkeyGIFWindow);
-    item(gif, QStringLiteral("Record Screen"), record(CaptureKind::gif, 2), &m_settings.hotkeyGIFScreen);
-    QMenu *video = submenu(m_menu.get(), QStringLiteral("Video"));
-    item(video, QStringLiteral("Record Region"), record(CaptureKind::video, 0), &m_settings.hotkeyVideo);
-    item(video, QStringLiteral("Record Window"), record(CaptureKind::video, 1), &m_settings.hotkeyVideoWindow);
-    item(video, QStringLiteral("Record Screen"), record(CaptureKind::video, 2), &m_settings.hotkeyVideoScreen);
+    QMenu *gif = submenu(m_menu.get(), QStringLiteral("GIF"), Lucide::film);
+    item(gif, QStringLiteral("Record Region"), Lucide::scan, record(CaptureKind::gif, 0), &m_settings.hotkeyGIF);
+    item(gif, QStringLiteral("Record Window"), Lucide::appWindow, record(CaptureKind::gif, 1), &m_settings.hotkeyGIFWindow);
+    item(gif, QStringLiteral("Record Screen"), Lucide::monitor, record(CaptureKind::gif, 2), &m_settings.hotkeyGIFScreen);
+    QMenu *video = submenu(m_menu.get(), QStringLiteral("Video"), Lucide::video);
+    item(video, QStringLiteral("Record Region"), Lucide::scan, record(CaptureKind::video, 0), &m_settings.hotkeyVideo);
+    item(video, QStringLiteral("Record Window"), Lucide::appWindow, record(CaptureKind::video, 1), &m_settings.hotkeyVideoWindow);
+    item(video, QStringLiteral("Record Screen"), Lucide::monitor, record(CaptureKind::video, 2), &m_settings.hotkeyVideoScreen);
     m_menu->addSeparator();
 
-    item(m_menu.get(), QStringLiteral("Capture History"), [this] { run(m_actions.showHistory); }, &m_settings.hotkeyHistory);
-    m_editMenu = submenu(m_menu.get(), QStringLiteral("Edit Captures"));
+    item(m_menu.get(), QStringLiteral("Capture History"), Lucide::history, [this] { run(m_actions.showHistory); }, &m_settings.hotkeyHistory);
+    m_editMenu = submenu(m_menu.get(), QStringLiteral("Edit Captures"), Lucide::squarePen);
     connect(m_editMenu, &QMenu::aboutToShow, this, &MenuBarController::fillEditMenu);
-    item(m_menu.get(), QStringLiteral("Open Screenshots Folder"), [this] { run(m_actions.openFolder); });
+    item(m_menu.get(), QStringLiteral("Open Screenshots Folder"), Lucide::folderOpen, [this] { run(m_actions.openFolder); });
     m_menu->addSeparator();
 
-    QAction *settings = item(m_menu.get(), QStringLiteral("Settings…"), [this] {
+    QAction *settings = item(m_menu.get(), QStringLiteral("Settings…"), Lucide::settings, [this] {
         qCInfo(lcMenuBar, "menu: settings opened");
         run(m_actions.openSettings);
     });
     showFixedShortcut(settings, QStringLiteral("Settings…"), QStringLiteral("Ctrl+,"));
-    item(m_menu.get(), QStringLiteral("Check for Updates…"), [this] { run(m_actions.checkForUpdates); });
-    item(m_menu.get(), QStringLiteral("Report a Problem…"), [this] { run(m_actions.reportProblem); });
+    item(m_menu.get(), QStringLiteral("Check for Updates…"), Lucide::refresh, [this] { run(m_actions.checkForUpdates); });
+    item(m_menu.get(), QStringLiteral("Report a Problem…"), Lucide::messageWarning, [this] { run(m_actions.reportProblem); });
     m_menu->addSeparator();
-    QAction *quit = item(m_menu.get(), QStringLiteral("Quit glimpso"), [this] { run(m_actions.quit); });
+    QAction *quit = item(m_menu.get(), QStringLiteral("Quit glimpso"), Lucide::power, [this] { run(m_actions.quit); });
     showFixedShortcut(quit, QStringLiteral("Quit glimpso"), QStringLiteral("Ctrl+Q"));
 
     connect(m_menu.get(), &QMenu::aboutToShow, this, [] { qCInfo(lcMenuBar, "menu: opened"); });

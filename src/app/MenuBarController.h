@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/TrayActions.h"
+#include "appui/Lucide.h"
 #include "appbase/CaptureIntent.h"
 #include "appbase/CaptureKind.h"
 #include "settings/Hotkey.h"
@@ -61,6 +62,10 @@ public:
     QSystemTrayIcon *trayIcon() const { return m_trayIcon.get(); }
     bool showsRecording() const { return m_showsRecording; }
 
+    // Menu icons: Lucide shapes of this size and stroke, in the menu's text colour.
+    static constexpr qreal iconSize = 15;
+    static constexpr qreal iconStroke = 1.75;
+
     // Sets each item's shown shortcut from the settings.
     void refreshShortcuts();
     // The icon's role follows whether a recording runs.
@@ -76,8 +81,10 @@ public:
 
 private:
     void buildTree();
-    QMenu *submenu(QMenu *parent, const QString &title);
-    QAction *item(QMenu *menu, const QString &title, std::function<void()> run, Setting<Hotkey> *shortcut = nullptr);
+    QMenu *submenu(QMenu *parent, const QString &title, Lucide::Icon icon);
+    QAction *item(QMenu *menu, const QString &title, Lucide::Icon icon, std::function<void()> run,
+                  Setting<Hotkey> *shortcut = nullptr);
+    QIcon menuIcon(Lucide::Icon icon) const;
     void showFixedShortcut(QAction *action, const QString &title, const QString &shortcut);
     void observeSettings();
     void buildTrayIcon(bool trayAvailable);

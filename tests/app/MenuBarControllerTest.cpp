@@ -95,6 +95,33 @@ TEST_F(MenuBarControllerTest, ItemsShowTheirShortcuts)
     EXPECT_EQ(shortcutShown(item("Open Screenshots Folder")), "");
 }
 
+TEST_F(MenuBarControllerTest, EveryItemHasItsIcon)
+{
+    const QList<QPair<QString, Lucide::Icon>> rows = {
+        {"Screenshot", Lucide::scan},           {"Capture Region", Lucide::scan},
+        {"Capture Window", Lucide::appWindow},  {"Capture All Displays", Lucide::monitor},
+        {"Capture After Delay", Lucide::timer}, {"Capture Text", Lucide::scanText},
+        {"GIF", Lucide::film},                  {"Video", Lucide::video},
+        {"Capture History", Lucide::history},   {"Edit Captures", Lucide::squarePen},
+        {"Open Screenshots Folder", Lucide::folderOpen}, {"Settings…", Lucide::settings},
+        {"Check for Updates…", Lucide::refresh}, {"Report a Problem…", Lucide::messageWarning},
+        {"Quit glimpso", Lucide::power},
+    };
+    const QColor ink = menuBar().menu()->palette().color(QPalette::WindowText);
+    for (const auto &[title, icon] : rows) {
+        const QImage shown = item(title)->icon().pixmap(15, 15).toImage().convertToFormat(QImage::Format_ARGB32);
+        const QImage expected = Lucide(icon).icon(15, 1.75, ink).pixmap(15, 15).toImage().convertToFormat(QImage::Format_ARGB32);
+        int inked = 0;
+        for (int y = 0; y < shown.height(); ++y)
+            for (int x = 0; x < shown.width(); ++x)
+                inked += qAlpha(shown.pixel(x, y)) > 0;
+        EXPECT_GT(inked, 5) << qPrintable(title);
+        EXPECT_EQ(shown, expected) << qPrintable(title);
+    }
+    EXPECT_EQ(item("Record Window", "GIF")->icon().pixmap(15, 15).toImage().convertToFormat(QImage::Format_ARGB32),
+              Lucide(Lucide::appWindow).icon(15, 1.75, ink).pixmap(15, 15).toImage().convertToFormat(QImage::Format_ARGB32));
+}
+
 TEST_F(MenuBarControllerTest, AnUnassignedShortcutShowsNothing)
 {
     EXPECT_EQ(shortcutShown(item("Record Window", "GIF")), "");
