@@ -246,16 +246,18 @@ void MenuBarController::recordingChanged()
 
 void MenuBarController::activated(QSystemTrayIcon::ActivationReason reason)
 {
+    qCInfo(lcMenuBar, "tray icon clicked (reason %d)", int(reason));
     if (recording()) {
         // During a recording the icon is a stop button, and no menu opens.
-        if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::Context) {
+        if (reason != QSystemTrayIcon::MiddleClick && reason != QSystemTrayIcon::Unknown) {
             qCInfo(lcMenuBar, "tray click: stopping the recording");
             run(m_actions.stopRecording);
         }
         return;
     }
-    // A left click opens the menu as the right click does.
-    if (reason == QSystemTrayIcon::Trigger)
+    // A left click opens the menu as the right click does; a second click
+    // soon after the first is a click all the same.
+    if ((reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick) && !m_menu->isVisible())
         m_menu->popup(QCursor::pos());
 }
 

@@ -272,6 +272,13 @@ TEST_F(MenuBarControllerTest, AfterTheRecordingAClickOpensTheMenuAgain)
     menuBar().menu()->close();
 }
 
+TEST_F(MenuBarControllerTest, ASecondClickSoonAfterTheFirstOpensTheMenuToo)
+{
+    menuBar().activated(QSystemTrayIcon::DoubleClick);
+    EXPECT_TRUE(menuBar().menu()->isVisible());
+    menuBar().menu()->close();
+}
+
 TEST_F(MenuBarControllerTest, AHotkeyClosesTheOpenMenu)
 {
     menuBar().menu()->popup(QPoint(10, 10));

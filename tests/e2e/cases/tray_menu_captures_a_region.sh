@@ -37,6 +37,8 @@ wait_for "the overlay to go" 10 overlay_gone
 
 # Open Screenshots Folder, the eighth entry of the menu.
 opened_before=$(log_count "menu: opened")
+# Away first: a move with --sync to where the pointer already is waits long.
+xdotool mousemove --sync 500 300
 xdotool mousemove --sync $((x + w / 2)) $((y + h / 2)) click 1
 wait_for "the menu to open again" 10 bash -c "[ \$(grep -c 'menu: opened' '$GLIMPSO_LOG') -gt $opened_before ]"
 send_keys Down Down Down Down Down Down Down Return
