@@ -7,6 +7,7 @@
 #include "app/HangupNotifier.h"
 #include "app/HotkeyManager.h"
 #include "app/MenuBarController.h"
+#include "app/NotifyLaunchTest.h"
 #include "app/ScriptedRegionSelector.h"
 #include "app/TrayActions.h"
 #include "app/WelcomeNotice.h"
@@ -98,6 +99,9 @@ void AppDelegate::prepareNotifier()
         NotificationsOffAlert::show();
     };
     m_notifier->prepare();
+    addLaunchFeature(LaunchEnvironment::Feature::testNotify, [this](const LaunchEnvironment::Request &request) {
+        NotifyLaunchTest::run(request.value, *m_notifier);
+    });
 }
 
 void AppDelegate::buildTrayActions()
