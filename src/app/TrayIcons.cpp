@@ -5,6 +5,9 @@
 #include <QPainterPath>
 #include <QPalette>
 
+#include <algorithm>
+#include <cmath>
+
 namespace TrayIcons {
 
 namespace {
@@ -42,31 +45,43 @@ QColor inkFor(bool darkPanel)
 
 QImage marquee(int pixels, const QColor &ink)
 {
+    // Drawn in whole pixels rather than scaled: at 16 to 32 pixels a line of
+    // 1.35 units scaled would smear over two pixel columns.
     QImage image = canvas(pixels);
     QPainter painter(&image);
-    beginDesign(painter, pixels);
+    const qreal scale = pixels / designUnits;
+    const int line = std::max(1, qRound(1.35 * scale));
+    // Line centres where a line of `line` pixels covers whole pixels.
+    const auto snap = [line](qreal at) { return line % 2 ? std::floor(at) + 0.5 : std::round(at); };
+    const qreal low = snap(3.25 * scale);
+    const qreal high = snap(14.75 * scale);
 
-    const QRectF square(3.25, 3.25, 11.5, 11.5);
-    constexpr qreal lineWidth = 1.35;
-    QPen dashed(ink, lineWidth, Qt::CustomDashLine, Qt::FlatCap, Qt::MiterJoin);
+    QPen dashed(ink, line, Qt::CustomDashLine, Qt::FlatCap, Qt::MiterJoin);
     // Qt counts dashes in line widths.
-    dashed.setDashPattern({1.9 / lineWidth, 1.5 / lineWidth});
-    dashed.setDashOffset(0.4 / lineWidth);
+    dashed.setDashPattern({std::max(1.0, std::round(1.9 * scale)) / line, std::max(1.0, std::round(1.5 * scale)) / line});
+    dashed.setDashOffset(std::round(0.4 * scale) / line);
     painter.setPen(dashed);
     painter.setBrush(Qt::NoBrush);
-    painter.drawRect(square);
+    painter.drawRect(QRectF(QPointF(low, low), QPointF(high, high)));
 
-    constexpr qreal handle = 3.4;
-    const QPointF corners[] = {square.topLeft(), square.topRight(), square.bottomLeft(), square.bottomRight()};
-    for (const QPointF &corner : corners) {
-        const QRectF box(corner.x() - handle / 2, corner.y() - handle / 2, handle, handle);
-        QPainterPath path;
-        path.addRoundedRect(box, 0.6, 0.6);
-        // The dashes stop at the handle's edge.
-        painter.setCompositionMode(QPainter::CompositionMode_Clear);
-        painter.fillPath(path, Qt::black);
-        painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-        painter.strokePath(path, QPen(ink, 1.25));
+    // A hollow handle on each corner, the dashes punched out under it.
+    // One pixel up to 35 pixels: a thicker outline fills the small handle.
+    const int handleLine = std::max(1, int(scale));
+    int handle = std::max(3, qRound(3.4 * scale));
+    // Centred on the line: both odd or both even.
+    if (handle % 2 != line % 2)
+        ++handle;
+    for (const qreal x : {low, high}) {
+        for (const qreal y : {low, high}) {
+            const QRect box(qRound(x - handle / 2.0), qRound(y - handle / 2.0), handle, handle);
+            painter.setCompositionMode(QPainter::CompositionMode_Clear);
+            painter.fillRect(box, Qt::black);
+            painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+            painter.fillRect(box, ink);
+            painter.setCompositionMode(QPainter::CompositionMode_Clear);
+            painter.fillRect(box.adjusted(handleLine, handleLine, -handleLine, -handleLine), Qt::black);
+            painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+        }
     }
     return image;
 }
