@@ -130,7 +130,7 @@ void AppDelegate::buildMenuBar()
     actions.reportProblem = [&tray] { tray.reportProblem(); };
     actions.quit = [] { QCoreApplication::quit(); };
     m_menuBar = std::make_unique<MenuBarController>(std::move(actions), m_settings, *m_notifier,
-                                                    QSystemTrayIcon::isSystemTrayAvailable());
+                                                    &QSystemTrayIcon::isSystemTrayAvailable);
     m_hotkeys->setStatusMenu(m_menuBar->menu());
 }
 

@@ -10,6 +10,7 @@
 #include <QCursor>
 #include <QLoggingCategory>
 #include <QMenu>
+#include <QTimer>
 
 Q_LOGGING_CATEGORY(lcMenuBar, "glimpso.MenuBar", QtInfoMsg)
 
@@ -36,10 +37,11 @@ void run(const F &function)
 
 } // namespace
 
-MenuBarController::MenuBarController(Actions actions, AppSettings &settings, Notifying &notifier, bool trayAvailable,
-                                     QObject *parent)
+MenuBarController::MenuBarController(Actions actions, AppSettings &settings, Notifying &notifier,
+                                     TrayCheck trayAvailable, int graceMs, QObject *parent)
     : QObject(parent)
     , m_actions(std::move(actions))
+    , m_trayAvailable(std::move(trayAvailable))
     , m_settings(settings)
     , m_notifier(notifier)
     , m_menu(std::make_unique<QMenu>())
@@ -48,7 +50,7 @@ MenuBarController::MenuBarController(Actions actions, AppSettings &settings, Not
     buildTree();
     refreshShortcuts();
     observeSettings();
-    buildTrayIcon(trayAvailable);
+    buildTrayIcon(graceMs);
 }
 
 MenuBarController::~MenuBarController()
@@ -202,23 +204,33 @@ void MenuBarController::observeSettings()
     });
 }
 
-void MenuBarController::buildTrayIcon(bool trayAvailable)
+void MenuBarController::buildTrayIcon(int graceMs)
 {
-    if (!trayAvailable) {
-        qCInfo(lcMenuBar, "no system tray on this desktop: every menu item is a command (glimpso --help)");
-        m_notifier.post(QStringLiteral("glimpso has no tray icon here"),
-                        QStringLiteral("This desktop shows no system tray. Every menu item is a command: see "
-                                       "glimpso --help."),
-                        6.0, NoticeAction::none());
-        return;
-    }
     m_trayIcon = std::make_unique<QSystemTrayIcon>();
     m_trayIcon->setIcon(TrayIcons::marqueeIcon(TrayIcons::desktopIsDark()));
     m_trayIcon->setToolTip(QStringLiteral("glimpso"));
     m_trayIcon->setContextMenu(m_menu.get());
     connect(m_trayIcon.get(), &QSystemTrayIcon::activated, this, &MenuBarController::activated);
     m_trayIcon->show();
-    qCInfo(lcMenuBar, "status item created visible=%d", m_trayIcon->isVisible());
+    if (m_trayAvailable && m_trayAvailable()) {
+        qCInfo(lcMenuBar, "status item created visible=%d", m_trayIcon->isVisible());
+        return;
+    }
+    qCInfo(lcMenuBar, "no system tray yet: waiting %d ms for one", graceMs);
+    QTimer::singleShot(graceMs, this, &MenuBarController::checkTray);
+}
+
+void MenuBarController::checkTray()
+{
+    if (m_trayAvailable && m_trayAvailable()) {
+        qCInfo(lcMenuBar, "status item created visible=%d", m_trayIcon->isVisible());
+        return;
+    }
+    qCInfo(lcMenuBar, "no system tray on this desktop: every menu item is a command (glimpso --help)");
+    m_notifier.post(QStringLiteral("glimpso has no tray icon here"),
+                    QStringLiteral("This desktop shows no system tray. Every menu item is a command: see "
+                                   "glimpso --help."),
+                    6.0, NoticeAction::none());
 }
 
 bool MenuBarController::recording() const
@@ -229,8 +241,6 @@ bool MenuBarController::recording() const
 void MenuBarController::recordingChanged()
 {
     m_showsRecording = recording();
-    if (!m_trayIcon)
-        return;
     const bool dark = TrayIcons::desktopIsDark();
     if (m_showsRecording) {
         m_menu->close();

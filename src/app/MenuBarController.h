@@ -50,15 +50,22 @@ public:
     // The delays offered by "Capture After Delay", in seconds.
     static constexpr qint64 delays[] = {3, 5, 10};
 
-    // `trayAvailable` is asked of the desktop by the caller (tests pass false).
-    MenuBarController(Actions actions, AppSettings &settings, Notifying &notifier, bool trayAvailable,
-                      QObject *parent = nullptr);
+    // Whether the desktop shows a tray now (QSystemTrayIcon::isSystemTrayAvailable
+    // in the application; tests pass their own answer).
+    using TrayCheck = std::function<bool()>;
+
+    // A tray missing at start may come a little later (a panel that starts
+    // after glimpso at login): only after this long is its absence told.
+    static constexpr int trayGraceMs = 5000;
+
+    MenuBarController(Actions actions, AppSettings &settings, Notifying &notifier, TrayCheck trayAvailable,
+                      int graceMs = trayGraceMs, QObject *parent = nullptr);
     ~MenuBarController() override;
 
     QMenu *menu() const { return m_menu.get(); }
     QMenu *delayMenu() const { return m_delayMenu; }
     QMenu *editMenu() const { return m_editMenu; }
-    // Absent where the desktop has no tray.
+    // Made at start in any case; it shows once the desktop has a tray.
     QSystemTrayIcon *trayIcon() const { return m_trayIcon.get(); }
     bool showsRecording() const { return m_showsRecording; }
 
@@ -87,10 +94,12 @@ private:
     QIcon menuIcon(Lucide::Icon icon) const;
     void showFixedShortcut(QAction *action, const QString &title, const QString &shortcut);
     void observeSettings();
-    void buildTrayIcon(bool trayAvailable);
+    void buildTrayIcon(int graceMs);
+    void checkTray();
     bool recording() const;
 
     Actions m_actions;
+    TrayCheck m_trayAvailable;
     AppSettings &m_settings;
     Notifying &m_notifier;
     std::unique_ptr<QMenu> m_menu;

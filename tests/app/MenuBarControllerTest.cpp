@@ -4,6 +4,7 @@
 #include "appbase/InProcessNotices.h"
 #include "settings/AppSettings.h"
 
+#include "EventLoopWait.h"
 #include "RecordingNotifier.h"
 #include "SettingsFakes.h"
 
@@ -34,6 +35,7 @@ struct MenuBarControllerTest : ::testing::Test {
     RecordingNotifier notifier;
     QStringList calls;
     bool recordingNow = false;
+    bool trayShown = false;
     std::unique_ptr<MenuBarController> controller;
 
     MenuBarController &menuBar()
@@ -56,7 +58,8 @@ struct MenuBarControllerTest : ::testing::Test {
             actions.quit = [this] { calls << "quit"; };
             actions.isRecording = [this] { return recordingNow; };
             actions.stopRecording = [this] { calls << "stop"; };
-            controller = std::make_unique<MenuBarController>(std::move(actions), settings, notifier, false);
+            controller = std::make_unique<MenuBarController>(std::move(actions), settings, notifier,
+                                                             [this] { return trayShown; }, 50);
         }
         return *controller;
     }
@@ -233,14 +236,47 @@ TEST_F(MenuBarControllerTest, TheEditMenuTicksTheModeAndStoresTheChoice)
     EXPECT_TRUE(entries[1]->isChecked());
 }
 
-TEST_F(MenuBarControllerTest, WithoutATrayItSaysSoOnceAndKeepsTheMenu)
+TEST_F(MenuBarControllerTest, WithoutATrayItSaysSoOnceAfterAWhileAndKeepsTheMenu)
 {
     menuBar();
-    EXPECT_EQ(menuBar().trayIcon(), nullptr);
+    EXPECT_TRUE(notifier.notices.isEmpty());
+    ASSERT_TRUE(processEventsUntil([&] { return !notifier.notices.isEmpty(); }, 3000));
+    processEventsUntil([] { return false; }, 200);
     ASSERT_EQ(notifier.notices.size(), 1);
     EXPECT_EQ(notifier.notices[0].title, "glimpso has no tray icon here");
     EXPECT_TRUE(notifier.notices[0].body.contains("glimpso --help"));
     EXPECT_NE(menuBar().menu(), nullptr);
+    EXPECT_NE(menuBar().trayIcon(), nullptr);
+}
+
+TEST_F(MenuBarControllerTest, ATrayThatComesSoonIsNotMissed)
+{
+    menuBar();
+    trayShown = true;
+    processEventsUntil([] { return false; }, 300);
+    EXPECT_TRUE(notifier.notices.isEmpty());
+}
+
+TEST_F(MenuBarControllerTest, WithATrayNothingIsSaid)
+{
+    trayShown = true;
+    menuBar();
+    processEventsUntil([] { return false; }, 300);
+    EXPECT_TRUE(notifier.notices.isEmpty());
+    EXPECT_EQ(menuBar().trayIcon()->toolTip(), "glimpso");
+}
+
+TEST_F(MenuBarControllerTest, DuringARecordingTheIconIsAStopButton)
+{
+    menuBar();
+    recordingNow = true;
+    Q_EMIT InProcessNotices::instance().recordingChanged();
+    EXPECT_EQ(menuBar().trayIcon()->toolTip(), "Stop recording");
+    EXPECT_EQ(menuBar().trayIcon()->contextMenu(), nullptr);
+    recordingNow = false;
+    Q_EMIT InProcessNotices::instance().recordingChanged();
+    EXPECT_EQ(menuBar().trayIcon()->toolTip(), "glimpso");
+    EXPECT_EQ(menuBar().trayIcon()->contextMenu(), menuBar().menu());
 }
 
 TEST_F(MenuBarControllerTest, DuringARecordingAClickStopsItAndOpensNoMenu)
