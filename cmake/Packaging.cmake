@@ -12,8 +12,8 @@ set(CPACK_DEBIAN_PACKAGE_DEPENDS "libavformat59")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 # The session bus lets copies find each other; the fonts are the faces the
-# annotation text styles resolve to (the desktop font stands in without them);
-# the shutter plays the sound theme's "camera-shutter".
+# annotation text styles resolve to (the desktop font stands in without them)
+# and the emoji of the text box's picker; the shutter plays the sound theme's "camera-shutter".
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
-    "dbus-user-session, fonts-noto-core, fonts-noto-mono, fonts-quicksand | fonts-comfortaa, sound-theme-freedesktop")
+    "dbus-user-session, fonts-noto-core, fonts-noto-mono, fonts-quicksand | fonts-comfortaa, fonts-noto-color-emoji, sound-theme-freedesktop")
 include(CPack)

@@ -62,7 +62,7 @@ void TextEntry::fit(const TextOptions &options, const QRectF &canvas)
 {
     if (!m_field)
         return;
-    const double textWidth = TextLook::measure(m_field->text(), TextLook::font(options)).width();
+    const double textWidth = TextLook::measure(m_field->shownText(), TextLook::font(options)).width();
     const double room = std::max(canvas.right() - m_origin.x() - 4, minimumWidth);
     const double width = std::min(std::max(textWidth + 8, minimumWidth), room);
     if (std::abs(width - m_width) > 0.5) {

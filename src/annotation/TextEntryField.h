@@ -16,6 +16,9 @@ public:
     virtual ~TextEntryField() = default;
 
     virtual QString text() const = 0;
+    // What the field shows: the text with whatever an input method is still
+    // composing at the caret. The field grows to fit this.
+    virtual QString shownText() const { return text(); }
     // Where the field stands, in the host view's own coordinates.
     virtual void setFrame(const QRectF &localFrame) = 0;
     // The font of the options as TextLook picks it; for the background style a

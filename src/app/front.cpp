@@ -1,10 +1,17 @@
-// The program that users, desktop entries and scripts call. The history
-// listing is answered right here, by a process that loads Qt Core and Gui and
-// the history store and nothing else: scripts call it often, and loading the
-// whole application (widgets, the bus, X11, the encoders) would take longer
-// than the listing itself, all the more from a cold disk. Everything else is
-// handed to the application by exec, with the same arguments and process id.
+// The program that users, desktop entries and scripts call. It answers what
+// it can with few libraries loaded: the history listing is read right here,
+// and a verb for a copy that already runs is handed to it over the bus from
+// here too, because loading the whole application (widgets, X11, the
+// encoders) only to pass a verb on would take longer than the verb itself: a
+// shortcut's overlay must be up in a blink. Everything else (starting the
+// application, help, usage errors) is handed to the application by exec,
+// with the same arguments and process id.
+#include "app/CommandClient.h"
+#include "app/CommandLine.h"
 #include "app/HistoryListingProgram.h"
+#include "app/InstanceChannelLoader.h"
+#include "appbase/ConsoleText.h"
+#include "appbase/Logging.h"
 
 #include <QCoreApplication>
 
@@ -12,6 +19,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <string>
 
 #include <unistd.h>
@@ -33,6 +41,37 @@ int listHistory(int argc, char **argv)
     return HistoryListingProgram::run(argc, argv, arguments);
 }
 
+QStringList argumentsOf(int argc, char **argv)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    return arguments;
+}
+
+// The running copy's answer to a verb; none when no copy runs (or the
+// arguments are not a verb for one), and the application must take over.
+std::optional<int> answerThroughRunningCopy(int argc, char **argv)
+{
+    const CommandLine::Invocation invocation = CommandLine::parse(argumentsOf(argc, argv));
+    if (invocation.kind != CommandLine::Invocation::Kind::sendVerb)
+        return std::nullopt;
+    const CommandLine::Verb *verb = CommandLine::findVerb(invocation.arguments.first());
+    if (!verb)
+        return std::nullopt;
+    Logging::setUp(Logging::Audience::commandLine);
+    QCoreApplication app(argc, argv);
+    auto channel = InstanceChannelLoader::make();
+    if (channel->otherCopies().isEmpty())
+        return std::nullopt;
+    // A copy that is gone by now is not started from here: the answer says so.
+    CommandClient client(*channel, [] { return false; });
+    const CommandClient::Outcome outcome = client.run(*verb, invocation.arguments);
+    ConsoleText::print(stdout, outcome.output);
+    ConsoleText::print(stderr, outcome.error);
+    return outcome.exitCode;
+}
+
 // The application lies at the same place relative to this program in the
 // build tree and wherever it is installed.
 std::string applicationPath()
@@ -52,6 +91,8 @@ int main(int argc, char **argv)
 {
     if (isHistoryListing(argc, argv))
         return listHistory(argc, argv);
+    if (const std::optional<int> answered = answerThroughRunningCopy(argc, argv))
+        return *answered;
     const std::string application = applicationPath();
     ::execv(application.c_str(), argv);
     std::fprintf(stderr, "glimpso: cannot start %s: %s\n", application.c_str(), std::strerror(errno));

@@ -1,11 +1,18 @@
 #include "overlay/OverlayTextField.h"
 
 #include "annotation/TextLook.h"
+#include "overlay/EmojiPicker.h"
+#include "overlay/TextEditBox.h"
 
+#include <QCoreApplication>
+#include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QPalette>
+#include <QWheelEvent>
 
-OverlayTextField::OverlayTextField(QWidget *parent, Callbacks callbacks)
+#include <algorithm>
+
+OverlayTextField::OverlayTextField(QWidget *parent, Callbacks callbacks, const QColor &accent)
     : QLineEdit(parent), m_callbacks(std::move(callbacks))
 {
     QLineEdit::setFrame(false);
@@ -15,16 +22,73 @@ OverlayTextField::OverlayTextField(QWidget *parent, Callbacks callbacks)
         if (m_callbacks.changed)
             m_callbacks.changed();
     });
+    if (!parent)
+        return;
+    m_box = new TextEditBox(this, accent);
+    m_box->onMove = [this](QPointF travel) {
+        if (m_callbacks.moved)
+            m_callbacks.moved(travel);
+    };
+    m_box->onResizeBegin = [this] {
+        if (m_callbacks.resizeBegan)
+            m_callbacks.resizeBegan();
+    };
+    m_box->onResize = [this](QSizeF travel, QPointF pointer) {
+        if (m_callbacks.resized)
+            m_callbacks.resized(travel, pointer);
+    };
+    m_box->onEmoji = [this] {
+        setFocus(Qt::OtherFocusReason);
+        toggleEmojiPicker();
+    };
+    m_box->show();
+}
+
+OverlayTextField::~OverlayTextField()
+{
+    // The frame and the picker live beside the field, in its parent.
+    delete m_box;
+    delete m_picker;
+}
+
+TextEditBox *OverlayTextField::box() const
+{
+    return m_box;
+}
+
+EmojiPicker *OverlayTextField::emojiPicker() const
+{
+    return m_picker;
+}
+
+QString OverlayTextField::shownText() const
+{
+    if (m_preedit.isEmpty())
+        return text();
+    QString shown = text();
+    shown.insert(cursorPosition(), m_preedit);
+    return shown;
 }
 
 void OverlayTextField::setFrame(const QRectF &localFrame)
 {
     setGeometry(localFrame.toAlignedRect());
+    if (m_box)
+        m_box->follow();
+}
+
+QFont OverlayTextField::typingFont(const glimpso::TextOptions &options, int dotsPerInch)
+{
+    // The look's font is sized for a device of 72 dots per inch; on this
+    // window it must stand as many points tall as the committed text will.
+    QFont face = glimpso::TextLook::font(options);
+    face.setPointSizeF(options.size * 72.0 / std::max(dotsPerInch, 1));
+    return face;
 }
 
 void OverlayTextField::setLook(const glimpso::TextOptions &options, const QColor &color)
 {
-    setFont(glimpso::TextLook::font(options));
+    setFont(typingFont(options, logicalDpiY()));
     QPalette look = palette();
     // The plate of the background style shows while typing; the other styles
     // type straight onto the frozen screen.
@@ -34,6 +98,40 @@ void OverlayTextField::setLook(const glimpso::TextOptions &options, const QColor
     setPalette(look);
     setAutoFillBackground(plate);
     setAttribute(Qt::WA_TranslucentBackground, !plate);
+}
+
+void OverlayTextField::dismiss()
+{
+    for (QWidget *widget : {static_cast<QWidget *>(this), static_cast<QWidget *>(m_box.data()),
+                            static_cast<QWidget *>(m_picker.data())}) {
+        if (widget) {
+            widget->hide();
+            widget->deleteLater();
+        }
+    }
+}
+
+void OverlayTextField::toggleEmojiPicker()
+{
+    if (m_picker && m_picker->isVisible()) {
+        m_picker->hide();
+        return;
+    }
+    if (!m_picker) {
+        m_picker = new EmojiPicker(parentWidget());
+        m_picker->onPick = [this](const QString &emoji) {
+            insertAtCaret(emoji);
+            m_picker->hide();
+        };
+    }
+    const QRectF anchor = m_box ? QRectF(m_box->geometry()) : QRectF(geometry());
+    m_picker->showNear(anchor);
+}
+
+void OverlayTextField::insertAtCaret(const QString &emoji)
+{
+    insert(emoji);
+    setFocus(Qt::OtherFocusReason);
 }
 
 void OverlayTextField::keyPressEvent(QKeyEvent *event)
@@ -51,4 +149,28 @@ void OverlayTextField::keyPressEvent(QKeyEvent *event)
     default:
         QLineEdit::keyPressEvent(event);
     }
+}
+
+void OverlayTextField::inputMethodEvent(QInputMethodEvent *event)
+{
+    const QString before = m_preedit;
+    m_preedit = event->preeditString();
+    QLineEdit::inputMethodEvent(event);
+    // A composition that changes only what is being composed changes no
+    // text; the field still grows with it.
+    if (m_preedit != before && m_callbacks.changed)
+        m_callbacks.changed();
+}
+
+void OverlayTextField::wheelEvent(QWheelEvent *event)
+{
+    // The wheel sizes the text: it belongs to the overlay under the field,
+    // however the event came.
+    if (!parentWidget())
+        return QLineEdit::wheelEvent(event);
+    const QPointF at = mapToParent(event->position());
+    QWheelEvent forwarded(at, event->globalPosition(), event->pixelDelta(), event->angleDelta(), event->buttons(),
+                          event->modifiers(), event->phase(), event->inverted(), event->source());
+    QCoreApplication::sendEvent(parentWidget(), &forwarded);
+    event->setAccepted(forwarded.isAccepted());
 }

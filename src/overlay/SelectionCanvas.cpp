@@ -440,7 +440,7 @@ void SelectionCanvas::showHUD(const QString &text, QPointF near)
 {
     const QRectF screen = screenFrame(near);
     for (SelectorSurface *surface : std::as_const(m_surfaces))
-        surface->showHUD(text, screen);
+        surface->showHUD(text, near, screen);
 }
 
 void SelectionCanvas::invalidateCursors()

@@ -50,8 +50,9 @@ public:
     virtual void renderAnnotations(const QList<glimpso::Annotation> &annotations) = 0;
     virtual void renderAnnotationSelection(const std::optional<QRectF> &rect) = 0;
     virtual void renderPointHandles(const std::optional<QList<QPointF>> &points) = 0;
-    // The HUD text, placed within `screen` (the display nearest the pointer).
-    virtual void showHUD(const QString &text, const QRectF &screen) = 0;
+    // The HUD text above the global point `near`, placed within `screen`
+    // (the display nearest the pointer); the other displays hide theirs.
+    virtual void showHUD(const QString &text, QPointF near, const QRectF &screen) = 0;
     // Where a text field may open on this display, with the mapping of global
     // rectangles to the view; none where the display cannot hold one.
     virtual std::optional<glimpso::TextHost> textHost() { return std::nullopt; }

@@ -65,6 +65,15 @@ SelectorView::SelectorView(SelectionCanvas *canvas, const ScreenSnapshot &snapsh
     setCursor(crosshair());
     m_image.setDevicePixelRatio(snapshot.scale);
     setGeometry(qtGeometry);
+    m_layers = std::make_unique<glimpso::AnnotationLayers>(
+        m_image, qtGeometry.size(), [this](QPainter &painter, const QRect &area) { paintFrozen(painter, area); },
+        [this](const QRegion &area) { updateArea(area); });
+}
+
+void SelectorView::updateArea(const QRegion &area)
+{
+    m_lastDamage = area;
+    update(area);
 }
 
 const QCursor &SelectorView::crosshair()
@@ -135,12 +144,13 @@ void SelectorView::showSelection(const QRectF &rect, bool armed)
         m_armed = armed;
         damage += QRegion(after);
     }
+    // The veil changed there: the cached picture under the marks too.
+    m_layers->invalidateBase(damage);
     if (armed && m_hintShown) {
         m_hintShown = false;
         damage += QRegion(hintRect().adjusted(-1, -1, 1, 1));
     }
-    m_lastDamage = damage;
-    update(damage);
+    updateArea(damage);
 }
 
 void SelectorView::renderLiveDrag(const QRectF &rect)
@@ -169,104 +179,54 @@ void SelectorView::invalidateCursors()
     updateCursor(toGlobal(mapFromGlobal(QCursor::pos())));
 }
 
-QRect SelectorView::editingDamage() const
-{
-    // Generous margins: strokes, arrow heads, bubbles and handles reach
-    // beyond the marks' own bounds.
-    constexpr int reach = 40;
-    QRectF covered;
-    const auto add = [&covered](const QRectF &rect) { covered = covered.isNull() ? rect : covered.united(rect); };
-    for (const glimpso::Annotation &annotation : m_annotations)
-        add(annotation.boundingRect());
-    if (m_preview)
-        add(m_preview->boundingRect());
-    if (m_mosaicPreview)
-        add(*m_mosaicPreview);
-    if (m_annotationSelection)
-        add(*m_annotationSelection);
-    for (const QPointF &point : m_pointHandles)
-        add(QRectF(point, QSizeF(1, 1)));
-    return covered.isNull() ? QRect() : covered.toAlignedRect().adjusted(-reach, -reach, reach, reach);
-}
-
-void SelectorView::updateEditing(const QRect &before)
-{
-    m_lastDamage = QRegion(before) + QRegion(editingDamage());
-    update(m_lastDamage);
-}
-
 void SelectorView::renderPreview(const std::optional<QPainterPath> &path, const QColor &stroke, qreal width,
                                  const QColor &fill)
 {
-    const QRect before = editingDamage();
+    std::optional<QPainterPath> local;
     if (path) {
         // Global points, y up, to this window.
         QTransform toWindow;
         toWindow.translate(-m_frame.left(), m_frame.bottom());
         toWindow.scale(1, -1);
-        m_preview = toWindow.map(*path);
-    } else {
-        m_preview.reset();
+        local = toWindow.map(*path);
     }
-    m_previewPen = QPen(stroke, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
-    m_previewFill = fill.alpha() ? QBrush(fill) : QBrush(Qt::NoBrush);
-    updateEditing(before);
+    m_layers->setPreview(local, QPen(stroke, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin),
+                         fill.alpha() ? QBrush(fill) : QBrush(Qt::NoBrush));
 }
 
 void SelectorView::renderMosaicPreview(const std::optional<QRectF> &frame, qreal block)
 {
-    const QRect before = editingDamage();
-    m_mosaicPreview = frame ? std::optional<QRectF>(toLocal(*frame)) : std::nullopt;
-    m_mosaicPreviewBlock = block;
-    updateEditing(before);
+    m_layers->setMosaicPreview(frame ? std::optional<QRectF>(toLocal(*frame)) : std::nullopt, block);
 }
 
 void SelectorView::renderAnnotations(const QList<glimpso::Annotation> &annotations)
 {
-    const QRect before = editingDamage();
-    m_annotations.clear();
-    m_mosaicBlock = 0;
-    for (const glimpso::Annotation &annotation : annotations) {
-        m_annotations.append(glimpso::DrawingRules::toImageSpace(annotation, m_frame));
-        if (const auto *mosaic = annotation.as<glimpso::Annotation::Mosaic>())
-            m_mosaicBlock = std::max(m_mosaicBlock, qreal(mosaic->blockSize));
-    }
-    updateEditing(before);
+    QList<glimpso::Annotation> local;
+    local.reserve(annotations.size());
+    for (const glimpso::Annotation &annotation : annotations)
+        local.append(glimpso::DrawingRules::toImageSpace(annotation, m_frame));
+    m_layers->setAnnotations(local);
 }
 
 void SelectorView::renderAnnotationSelection(const std::optional<QRectF> &rect)
 {
-    const QRect before = editingDamage();
-    m_annotationSelection = rect ? std::optional<QRectF>(toLocal(*rect)) : std::nullopt;
-    updateEditing(before);
+    m_layers->setSelectionOutline(rect ? std::optional<QRectF>(toLocal(*rect)) : std::nullopt);
 }
 
 void SelectorView::renderPointHandles(const std::optional<QList<QPointF>> &points)
 {
-    const QRect before = editingDamage();
-    m_pointHandles.clear();
+    QList<QPointF> local;
     if (points) {
         for (const QPointF &point : *points)
-            m_pointHandles.append(toLocal(point));
+            local.append(toLocal(point));
     }
-    updateEditing(before);
+    m_layers->setPointHandles(local);
 }
 
-void SelectorView::showHUD(const QString &text, const QRectF &screen)
+void SelectorView::showHUD(const QString &text, QPointF near, const QRectF &screen)
 {
-    m_hud = text;
     // Only the display nearest the pointer shows it.
-    m_hudScreen = screen == m_frame ? std::optional<QRectF>(screen) : std::nullopt;
-    if (!m_hudTimer) {
-        m_hudTimer = new QTimer(this);
-        m_hudTimer->setSingleShot(true);
-        connect(m_hudTimer, &QTimer::timeout, this, [this] {
-            m_hud.clear();
-            update();
-        });
-    }
-    m_hudTimer->start(1200);
-    update();
+    m_layers->showHUD(text, toLocal(near), screen == m_frame ? std::optional<QRectF>(toLocal(screen)) : std::nullopt);
 }
 
 std::optional<glimpso::TextHost> SelectorView::textHost()
@@ -308,7 +268,24 @@ glimpso::TextEntryField *SelectorView::openField(const QRectF &localFrame)
         if (m_canvas)
             m_canvas->escape();
     };
-    auto *field = new OverlayTextField(this, std::move(callbacks));
+    // The frame's drags come in this window's coordinates; the editor works
+    // in global points, y up.
+    callbacks.moved = [this](QPointF travel) {
+        if (m_canvas)
+            m_canvas->editor().moveTextBy(toGlobal(travel) - toGlobal(QPointF()));
+    };
+    callbacks.resizeBegan = [this] {
+        if (m_canvas)
+            m_canvas->editor().beginTextResize();
+    };
+    callbacks.resized = [this](QSizeF travel, QPointF pointer) {
+        if (!m_canvas)
+            return;
+        // The readout of the new size shows at the pointer.
+        m_canvas->editor().setLastMouseLocation(toGlobal(pointer));
+        m_canvas->editor().resizeTextBy(travel);
+    };
+    auto *field = new OverlayTextField(this, std::move(callbacks), m_look.accent);
     field->setFrame(localFrame);
     field->show();
     field->setFocus(Qt::OtherFocusReason);
@@ -319,20 +296,9 @@ void SelectorView::closeField(glimpso::TextEntryField *field)
 {
     // The field may be the caller (its Return or Escape): it goes once this
     // turn of the event loop is over.
-    if (auto *widget = dynamic_cast<OverlayTextField *>(field)) {
-        widget->hide();
-        widget->deleteLater();
-    }
+    if (auto *widget = dynamic_cast<OverlayTextField *>(field))
+        widget->dismiss();
     setFocus(Qt::OtherFocusReason);
-}
-
-glimpso::PixelBlocks &SelectorView::pixelBlocks(qreal block)
-{
-    const int key = int(std::lround(block * m_image.devicePixelRatio()));
-    std::unique_ptr<glimpso::PixelBlocks> &blocks = m_pixelBlocks[key];
-    if (!blocks)
-        blocks = std::make_unique<glimpso::PixelBlocks>(m_image, key);
-    return *blocks;
 }
 
 // ---- painting --------------------------------------------------------------
@@ -349,17 +315,10 @@ QRect SelectorView::hintRect() const
 void SelectorView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
-    for (const QRect &area : event->region()) {
-        // The frozen screen, pixel for pixel at the display's own density.
-        const qreal scale = m_image.devicePixelRatio();
-        const QRectF source(area.x() * scale, area.y() * scale, area.width() * scale, area.height() * scale);
-        painter.drawImage(QRectF(area), m_image, source);
-        paintDim(painter, area);
-    }
+    m_layers->paintMarks(painter, event->region());
     painter.setClipRegion(event->region());
-    paintAnnotations(painter, event->region().boundingRect());
     paintSelection(painter);
-    paintEditing(painter);
+    m_layers->paintEditing(painter);
     if (m_hintShown)
         paintHint(painter);
     paintBadge(painter);
@@ -388,75 +347,13 @@ void SelectorView::paintDim(QPainter &painter, const QRect &area) const
     }
 }
 
-void SelectorView::paintAnnotations(QPainter &painter, const QRect &area)
+void SelectorView::paintFrozen(QPainter &painter, const QRect &area) const
 {
-    painter.setRenderHint(QPainter::Antialiasing, true);
-    for (const glimpso::Annotation &annotation : std::as_const(m_annotations)) {
-        if (!annotation.boundingRect().adjusted(-40, -40, 40, 40).intersects(QRectF(area)))
-            continue;
-        if (const auto *mosaic = annotation.as<glimpso::Annotation::Mosaic>()) {
-            // The blocks the saved picture shows through the mosaic's frame.
-            glimpso::PixelBlocks &blocks = pixelBlocks(m_mosaicBlock);
-            const qreal scale = m_image.devicePixelRatio();
-            const QRectF framePixels(mosaic->frame.topLeft() * scale, mosaic->frame.size() * scale);
-            const QRect pixels = framePixels.toAlignedRect().intersected(QRect(QPoint(0, 0), blocks.imageSize()));
-            QImage patch = blocks.mirroredPatch(pixels);
-            if (patch.isNull())
-                continue;
-            patch.setDevicePixelRatio(scale);
-            painter.save();
-            painter.setClipRect(mosaic->frame, Qt::IntersectClip);
-            painter.drawImage(QPointF(pixels.topLeft()) / scale, patch);
-            painter.restore();
-            continue;
-        }
-        painter.save();
-        glimpso::AnnotationRenderer::drawMark(painter, annotation);
-        painter.restore();
-    }
-}
-
-void SelectorView::paintEditing(QPainter &painter) const
-{
-    painter.setRenderHint(QPainter::Antialiasing, true);
-    if (m_mosaicPreview) {
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(QColor(0, 0, 0, 38));
-        painter.drawRect(*m_mosaicPreview);
-    }
-    if (m_preview) {
-        painter.setPen(m_previewPen);
-        painter.setBrush(m_previewFill);
-        painter.drawPath(*m_preview);
-    }
-    if (m_annotationSelection) {
-        QPen dashed(m_look.accent, 1, Qt::DashLine);
-        painter.setPen(dashed);
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRect(*m_annotationSelection);
-        painter.setPen(QPen(Qt::white, 1));
-        painter.setBrush(m_look.accent);
-        for (glimpso::Handle handle : glimpso::allHandles) {
-            const QPointF centre = glimpso::anchor(handle, *m_annotationSelection);
-            painter.drawRect(QRectF(centre.x() - 4, centre.y() - 4, 8, 8));
-        }
-    }
-    painter.setPen(QPen(Qt::white, 1.5));
-    painter.setBrush(m_look.accent);
-    for (const QPointF &point : m_pointHandles)
-        painter.drawEllipse(point, 5, 5);
-    if (!m_hud.isEmpty() && m_hudScreen) {
-        painter.setFont(m_hintFont);
-        const QFontMetricsF metrics(m_hintFont);
-        const qreal w = metrics.horizontalAdvance(m_hud) + 32;
-        const qreal h = metrics.height() + 14;
-        const QRectF box((width() - w) / 2, height() - h - 80, w, h);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(QColor(0, 0, 0, 160));
-        painter.drawRoundedRect(box, 8, 8);
-        painter.setPen(Qt::white);
-        painter.drawText(box, Qt::AlignCenter, m_hud);
-    }
+    // The frozen screen, pixel for pixel at the display's own density.
+    const qreal scale = m_image.devicePixelRatio();
+    const QRectF source(area.x() * scale, area.y() * scale, area.width() * scale, area.height() * scale);
+    painter.drawImage(QRectF(area), m_image, source);
+    paintDim(painter, area);
 }
 
 void SelectorView::paintSelection(QPainter &painter) const

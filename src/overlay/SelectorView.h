@@ -3,19 +3,16 @@
 #include "acquire/DesktopSpace.h"
 #include "acquire/ScreenSnapshot.h"
 #include "overlay/OverlayLook.h"
-#include "annotation/PixelBlocks.h"
+#include "annotation/AnnotationLayers.h"
 #include "annotation/TextEntryHost.h"
 #include "overlay/SelectorSurface.h"
 
-#include <QPen>
 #include <QPointer>
-#include <QTimer>
 #include <QRectF>
 #include <QString>
 #include <QWidget>
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 
@@ -50,7 +47,7 @@ public:
     void renderAnnotations(const QList<glimpso::Annotation> &annotations) override;
     void renderAnnotationSelection(const std::optional<QRectF> &rect) override;
     void renderPointHandles(const std::optional<QList<QPointF>> &points) override;
-    void showHUD(const QString &text, const QRectF &screen) override;
+    void showHUD(const QString &text, QPointF near, const QRectF &screen) override;
     std::optional<glimpso::TextHost> textHost() override;
     std::optional<ToolbarHost> toolbarHost() override;
 
@@ -67,6 +64,8 @@ public:
     std::optional<QRectF> badgeFrame() const { return m_badge; }
     // The area the last change asked to repaint, in window coordinates.
     QRegion lastDamage() const { return m_lastDamage; }
+    // The editor's marks, grips and readout as this window shows them.
+    const glimpso::AnnotationLayers &layers() const { return *m_layers; }
 
     // Global points to this window's pixels-independent coordinates and back.
     QPointF toLocal(QPointF global) const;
@@ -91,13 +90,8 @@ private:
     void paintSelection(QPainter &painter) const;
     void paintHint(QPainter &painter) const;
     void paintBadge(QPainter &painter) const;
-    void paintAnnotations(QPainter &painter, const QRect &area);
-    void paintEditing(QPainter &painter) const;
-    // The frozen screen cut into blocks of one size, made once per size.
-    glimpso::PixelBlocks &pixelBlocks(qreal block);
-    // Repaints what `before` and the current editing marks cover.
-    void updateEditing(const QRect &before);
-    QRect editingDamage() const;
+    void paintFrozen(QPainter &painter, const QRect &area) const;
+    void updateArea(const QRegion &area);
     // The local area the selection's outline and handles cover.
     QRect selectionDamage() const;
     QRect badgeDamage() const;
@@ -120,21 +114,9 @@ private:
     QString m_badgeText;
     std::optional<QRectF> m_badge;
 
-    // What the annotation editor shows, in this window's coordinates (y down).
-    QList<glimpso::Annotation> m_annotations;
-    std::optional<QPainterPath> m_preview;
-    QPen m_previewPen;
-    QBrush m_previewFill;
-    std::optional<QRectF> m_mosaicPreview;
-    qreal m_mosaicPreviewBlock = 0;
-    std::optional<QRectF> m_annotationSelection;
-    QList<QPointF> m_pointHandles;
-    QString m_hud;
-    std::optional<QRectF> m_hudScreen;
-    QTimer *m_hudTimer = nullptr;
-    std::map<int, std::unique_ptr<glimpso::PixelBlocks>> m_pixelBlocks;
-    // Every mosaic shows the blocks of the largest one, as in the saved picture.
-    qreal m_mosaicBlock = 0;
+    // What the annotation editor shows, in this window's coordinates (y
+    // down), over the frozen screen and the veil, which it keeps in a cache.
+    std::unique_ptr<glimpso::AnnotationLayers> m_layers;
 
     QRegion m_lastDamage;
     bool m_painted = false;

@@ -105,15 +105,26 @@ void ColorPalette::pick(const QColor &colour)
 
 void ColorPalette::chooseMore()
 {
-    const QColor start = m_current;
-    QWidget *owner = window();
+    QWidget *host = window();
     dismiss();
-    // The chooser must stay above the frozen screen, which is itself topmost.
-    QColorDialog dialog(start, owner);
-    dialog.setWindowFlag(Qt::WindowStaysOnTopHint);
-    dialog.setWindowTitle(tr("Colour"));
-    if (dialog.exec() == QDialog::Accepted && dialog.selectedColor().isValid() && onPick)
-        onPick(dialog.selectedColor());
+    // The frozen screen is a topmost window that no window manager stacks
+    // under another: the chooser lives inside it, as a panel, to be seen.
+    auto *chooser = new QColorDialog(m_current, host);
+    chooser->setWindowFlags(Qt::Widget);
+    chooser->setOptions(QColorDialog::DontUseNativeDialog);
+    chooser->setAutoFillBackground(true);
+    chooser->setCursor(Qt::ArrowCursor);
+    connect(chooser, &QColorDialog::colorSelected, this, [this](const QColor &colour) {
+        setCurrent(colour);
+        if (onPick)
+            onPick(colour);
+    });
+    connect(chooser, &QDialog::finished, chooser, &QObject::deleteLater);
+    chooser->adjustSize();
+    chooser->move((host->width() - chooser->width()) / 2, (host->height() - chooser->height()) / 2);
+    chooser->show();
+    chooser->raise();
+    chooser->setFocus();
 }
 
 void ColorPalette::logPlaces() const

@@ -1,5 +1,6 @@
 #include "toolbars/EditorToolbar.h"
 
+#include "appui/Theme.h"
 #include "overlay/SelectorSurface.h"
 #include "settings/AppSettings.h"
 #include "settings/HexColor.h"
@@ -24,7 +25,7 @@ EditorToolbar::EditorToolbar(bool showsSize, std::function<void(const EditorActi
                              AppSettings &settings, QWidget *parent)
     : QWidget(parent), m_handler(std::move(handler)), m_settings(settings), m_showsSize(showsSize)
 {
-    setFixedHeight(height);
+    setFixedHeight(barHeight);
     setCursor(Qt::ArrowCursor);
     setFocusPolicy(Qt::NoFocus);
     m_stack = new QHBoxLayout(this);
@@ -72,7 +73,9 @@ EditorToolbar::EditorToolbar(bool showsSize, std::function<void(const EditorActi
             || key == m_settings.toolbarIconColorHex.key() || key == m_settings.toolbarCornerRadius.key())
             applyChromeSettings();
     });
-    resize(int(fittingWidth()), height);
+    // Glass and "auto" icons follow the desktop between light and dark.
+    connect(new Theme(this), &Theme::appearanceChanged, this, [this] { applyChromeSettings(); });
+    resize(int(fittingWidth()), barHeight);
 }
 
 EditorToolbar::~EditorToolbar()

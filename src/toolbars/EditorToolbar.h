@@ -31,7 +31,7 @@ class EditorToolbar : public QWidget, public CanvasToolbar
     Q_OBJECT
 
 public:
-    static constexpr int height = 40;
+    static constexpr int barHeight = 40;
 
     EditorToolbar(bool showsSize, std::function<void(const EditorAction &)> handler, AppSettings &settings,
                   QWidget *parent = nullptr);

@@ -1,9 +1,8 @@
 #include "toolbars/ToolbarChrome.h"
 
+#include "appui/Theme.h"
 #include "settings/HexColor.h"
 
-#include <QGuiApplication>
-#include <QPalette>
 
 #include <algorithm>
 
@@ -29,7 +28,7 @@ QColor ToolbarChrome::labelColor(bool darkAppearance)
 
 bool ToolbarChrome::darkAppearance()
 {
-    return QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
+    return Theme::isDark();
 }
 
 ToolbarChrome ToolbarChrome::resolve(const QString &backgroundHex, const QString &iconHex, double opacity,

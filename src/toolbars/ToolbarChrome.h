@@ -19,6 +19,6 @@ struct ToolbarChrome {
     // The desktop's text colour for the appearance, the icon colour when the
     // setting does not name one.
     static QColor labelColor(bool darkAppearance);
-    // Whether the desktop's palette is a dark one.
+    // Whether the desktop shows its dark appearance.
     static bool darkAppearance();
 };

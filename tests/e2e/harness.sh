@@ -299,6 +299,44 @@ open_region_overlay() {
   wait_for "the overlay to be painted" 10 bash -c "[ \$(grep -c 'present: overlay painted' '$GLIMPSO_LOG') -gt $before ]"
 }
 
+# pixel FILE X Y: "r g b" of one pixel of a picture.
+pixel() { convert "$1" -format "%[fx:int(255*p{$2,$3}.r)] %[fx:int(255*p{$2,$3}.g)] %[fx:int(255*p{$2,$3}.b)]" info:; }
+# count_colour FILE COLOUR X Y W H: how many pixels of the box are COLOUR
+# (within a tolerance).
+count_colour() {
+  convert "$1" -crop "$5x$6+$3+$4" +repage -fuzz 12% -fill white -opaque "$2" -fill black +opaque white \
+    -format "%[fx:int(mean*w*h)]" info:
+}
+
+# The overlay's toolbar and its colour panel write where their chips are to
+# the debug log; start glimpso with this in the environment to click them.
+TOOLBAR_LOGGING="glimpso.EditorToolbar.debug=true;glimpso.ColorPalette.debug=true"
+# click_chip NAME: clicks the newest logged place of a chip ("chip arrow",
+# "chip save", "swatch #007AFF").
+click_chip() {
+  local place
+  place=$(grep -F "$1 at " "$GLIMPSO_LOG" | tail -n1 | sed 's/.* at \([0-9]*\),\([0-9]*\)$/\1 \2/')
+  [ -n "$place" ] || e2e_fail "no place logged for $1"
+  # shellcheck disable=SC2086
+  click_at $place
+}
+# click_at X Y: moves the pointer there (unless it is there already: a synced
+# move to where the pointer is waits for a motion that never comes) and clicks.
+click_at() {
+  local here
+  here=$(xdotool getmouselocation | sed 's/x:\([0-9]*\) y:\([0-9]*\).*/\1 \2/')
+  [ "$here" = "$1 $2" ] || xdotool mousemove --sync "$1" "$2"
+  xdotool click 1
+}
+# arm_with_toolbar X1 Y1 X2 Y2: drags the selection on an open overlay and
+# waits for the toolbar to be placed next to it.
+arm_with_toolbar() {
+  local before
+  before=$(log_count "chip arrow at")
+  drag "$@"
+  wait_for "the toolbar to be placed" 10 bash -c "[ \$(grep -cF 'chip arrow at' '$GLIMPSO_LOG') -gt $before ]"
+}
+
 # dismiss_overlay: waits for the overlay a shortcut opened, closes it with
 # Escape, and gives the key witness the keyboard again.
 overlay_gone() { ! xdotool search --onlyvisible --name 'glimpso overlay' >/dev/null 2>&1; }

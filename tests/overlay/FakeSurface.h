@@ -43,8 +43,9 @@ public:
     void renderAnnotations(const QList<glimpso::Annotation> &) override { calls << QStringLiteral("annotations"); }
     void renderAnnotationSelection(const std::optional<QRectF> &) override { calls << QStringLiteral("outline"); }
     void renderPointHandles(const std::optional<QList<QPointF>> &) override { calls << QStringLiteral("points"); }
-    void showHUD(const QString &text, const QRectF &screen) override
+    void showHUD(const QString &text, QPointF near, const QRectF &screen) override
     {
+        hudNear = near;
         hudText = text;
         hudScreen = screen;
     }
@@ -64,6 +65,7 @@ public:
     QRectF readoutScreen;
     QString hudText;
     QRectF hudScreen;
+    QPointF hudNear;
     QStringList calls;
 };
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QFontMetricsF>
 #include <QTest>
 #include <QWidget>
 
@@ -62,10 +63,24 @@ TEST(OverlayTextField, TheBackgroundStyleShowsItsPlateWhileTyping)
     h.field.setLook(options, red);
     EXPECT_EQ(h.field.palette().color(QPalette::Base), red);
     EXPECT_EQ(h.field.palette().color(QPalette::Text), glimpso::TextLook::contrast(red));
-    EXPECT_EQ(h.field.font(), glimpso::TextLook::font(options));
+    EXPECT_EQ(h.field.font(), OverlayTextField::typingFont(options, h.field.logicalDpiY()));
 
     options.style = glimpso::TextStyle::plain;
     h.field.setLook(options, red);
     EXPECT_EQ(h.field.palette().color(QPalette::Base).alpha(), 0);
     EXPECT_EQ(h.field.palette().color(QPalette::Text), red);
+}
+
+TEST(OverlayTextField, TypedLettersTakeTheRoomOfTheCommittedText)
+{
+    FieldHarness h;
+    glimpso::TextOptions options;
+    options.size = 23.5;
+    h.field.setLook(options, Qt::red);
+    const QString sample = QStringLiteral("Hello, glimpso 123");
+    // As wide on this window as the look measures it, whatever the window's dots per inch.
+    const QFontMetricsF typed(h.field.font(), &h.field);
+    const QSizeF committed = glimpso::TextLook::measure(sample, glimpso::TextLook::font(options));
+    EXPECT_NEAR(typed.horizontalAdvance(sample), committed.width(), committed.width() * 0.03);
+    EXPECT_NEAR(typed.ascent() + typed.descent(), committed.height(), 1.5);
 }

@@ -562,6 +562,7 @@ TEST(SelectionCanvas, TheHudGoesToEveryDisplayWithTheFrameNearThePoint)
     for (FakeSurface *surface : std::as_const(h.surfaces)) {
         EXPECT_EQ(surface->hudText, QStringLiteral("Width 5"));
         EXPECT_EQ(surface->hudScreen, rightFrame);
+        EXPECT_EQ(surface->hudNear, QPointF(500, 50));
     }
 }
 

@@ -232,3 +232,59 @@ TEST(SelectorView, TheLiveMarksAreThePixelsThatAreSaved)
     EXPECT_GT(marked, compared / 10);
     EXPECT_LT(differing, compared / 200) << differing << " of " << compared << " pixels differ";
 }
+
+namespace {
+
+// A display whose picture has only one colour channel, varying.
+ScreenSnapshot oneChannel(int id, QRectF frame, int channel)
+{
+    QImage image(frame.size().toSize(), QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const int v = (x * 11 + y * 7) % 256;
+            image.setPixel(x, y, channel == 0 ? qRgb(v, 0, 0) : qRgb(0, 0, v));
+        }
+    }
+    return {quint32(id), image, frame, 1.0};
+}
+
+} // namespace
+
+TEST(SelectorView, AMosaicAcrossTwoDisplaysShowsEachDisplaysOwnBlocks)
+{
+    const ScreenSnapshot left = oneChannel(1, QRectF(0, 0, 200, 100), 0);
+    const ScreenSnapshot right = oneChannel(2, QRectF(200, 0, 200, 100), 2);
+    MemorySettingsStorage storage;
+    InertLoginItem login;
+    AppSettings settings(storage, login);
+    SelectionCanvas canvas({left, right}, CaptureIntent::image, settings, [](const RegionResult &) {});
+    const DesktopSpace space(QRect(0, 0, 200, 100));
+    const OverlayLook look = OverlayLook::make("#000000", 0.5, "#EBEBEB", CaptureIntent::image);
+    SelectorView leftView(&canvas, left, space, QRect(0, 0, 200, 100), look);
+    SelectorView rightView(&canvas, right, space, QRect(200, 0, 200, 100), look);
+    canvas.addSurface(&leftView);
+    canvas.addSurface(&rightView);
+    canvas.mouseDown({0, 0});
+    canvas.mouseUp({400, 100});
+    ASSERT_TRUE(canvas.isArmed());
+
+    canvas.renderAnnotations({glimpso::Annotation::mosaic(QRectF(120, 20, 160, 60), 16)});
+    const QImage leftShown = leftView.grab().toImage(), rightShown = rightView.grab().toImage();
+    int leftChanged = 0, rightChanged = 0;
+    for (int y = 25; y < 75; ++y) {
+        for (int x = 0; x < 75; ++x) {
+            // Each display's blocks come from its own picture: no blue on the
+            // red display's part, no red on the blue one's.
+            const QRgb l = leftShown.pixel(125 + x, y), r = rightShown.pixel(x, y);
+            EXPECT_EQ(qBlue(l), 0);
+            EXPECT_EQ(qRed(r), 0);
+            leftChanged += l != left.image.pixel(125 + x, y);
+            rightChanged += r != right.image.pixel(x, y);
+        }
+    }
+    EXPECT_GT(leftChanged, 75 * 50 / 2);
+    EXPECT_GT(rightChanged, 75 * 50 / 2);
+    // Outside the mosaic, each display shows its own picture.
+    EXPECT_EQ(leftShown.pixel(50, 50), left.image.pixel(50, 50));
+    EXPECT_EQ(rightShown.pixel(150, 50), right.image.pixel(150, 50));
+}

@@ -10,8 +10,6 @@ plain_root '#808080'
 e2e_start_glimpso
 wait_for "glimpso to see the display" 10 grep -qE " displays?:" "$GLIMPSO_LOG"
 
-# "r g b" of one pixel of a picture.
-pixel() { convert "$1" -format "%[fx:int(255*p{$2,$3}.r)] %[fx:int(255*p{$2,$3}.g)] %[fx:int(255*p{$2,$3}.b)]" info:; }
 is_red() { # file x y what
   local rgb
   rgb=$(pixel "$1" "$2" "$3")

@@ -7,33 +7,13 @@ source "$(dirname "$0")/../harness.sh"
 e2e_setup --size 1280x720
 
 plain_root '#808080'
-# The toolbar and its colour panel say in the debug log where their chips are.
-QT_LOGGING_RULES="glimpso.EditorToolbar.debug=true;glimpso.ColorPalette.debug=true" e2e_start_glimpso
+QT_LOGGING_RULES=$TOOLBAR_LOGGING e2e_start_glimpso
 wait_for "glimpso to see the display" 10 grep -qE " displays?:" "$GLIMPSO_LOG"
 saves=$HOME/Pictures/Screenshots
 
-pixel() { convert "$1" -format "%[fx:int(255*p{$2,$3}.r)] %[fx:int(255*p{$2,$3}.g)] %[fx:int(255*p{$2,$3}.b)]" info:; }
-# The newest logged place of a chip or swatch, as "x y".
-place_of() { grep -F "$1 at " "$GLIMPSO_LOG" | tail -n1 | sed 's/.* at \([0-9]*\),\([0-9]*\)$/\1 \2/'; }
-click_at() { xdotool mousemove --sync "$1" "$2" click 1; }
-click_chip() { # chip name
-  local place
-  place=$(place_of "$1")
-  [ -n "$place" ] || e2e_fail "no place logged for $1"
-  # shellcheck disable=SC2086
-  click_at $place
-}
-# Counts the pixels of a colour (within a tolerance) inside a box of a picture.
-count_colour() { # file colour x y w h
-  convert "$1" -crop "$5x$6+$3+$4" +repage -fuzz 12% -fill white -opaque "$2" -fill black +opaque white \
-    -format "%[fx:int(mean*w*h)]" info:
-}
 new_capture() {
-  local before
-  before=$(log_count "chip arrow at")
   open_region_overlay 640 300
-  drag 200 100 1000 450
-  wait_for "the toolbar to be placed" 10 bash -c "[ \$(grep -cF 'chip arrow at' '$GLIMPSO_LOG') -gt $before ]"
+  arm_with_toolbar 200 100 1000 450
 }
 finishes() { # count before
   wait_for "the overlay to finish" 10 bash -c "[ \$(grep -c 'finish: didFinish=0' '$GLIMPSO_LOG') -gt $1 ]"
