@@ -6,18 +6,27 @@
 #include "app/CaptureVerb.h"
 #include "app/HangupNotifier.h"
 #include "app/HotkeyManager.h"
+#include "app/MenuBarController.h"
+#include "app/NotifyLaunchTest.h"
 #include "app/ScriptedRegionSelector.h"
+#include "app/TrayActions.h"
+#include "app/WelcomeNotice.h"
 #include "appbase/InProcessNotices.h"
 #include "overlay/RegionSelector.h"
+#include "platform/dbus/DBusDesktopOpener.h"
+#include "platform/dbus/DBusNotificationBackend.h"
 #include "toolbars/EditorToolbar.h"
 #include "appbase/SingleInstance.h"
-#include "output/LoggingNotifier.h"
+#include "output/HUDToast.h"
+#include "output/NotificationsOffAlert.h"
+#include "output/Notifier.h"
 #include "output/OutputService.h"
 #include "output/ShutterSound.h"
 #include "settings/AppSettings.h"
 #include "settings/IniSettingsStorage.h"
 
 #include <QClipboard>
+#include <QMenu>
 #include <QEventLoop>
 #include <QGuiApplication>
 #include <QLoggingCategory>
@@ -48,10 +57,14 @@ void AppDelegate::applicationDidFinishLaunching()
     m_singleInstance.claim();
     m_singleInstance.onHandOff([] { qCInfo(lcAppDelegate) << "another launch handed off to this copy"; });
 
+    prepareNotifier();
     buildCaptureCoordinator();
+    buildTrayActions();
     buildHotkeys();
+    buildMenuBar();
     registerCommands();
     startCommandChannel();
+    WelcomeNotice::showOnce(m_storage, m_settings, *m_notifier);
 
     // The environment's features run once the launch turn is over.
     QTimer::singleShot(0, this, [this] { runLaunchEnvironment(); });
@@ -73,6 +86,52 @@ void AppDelegate::logDisplays() const
     }
     qCInfo(lcAppDelegate, "%lld %s: %s", qlonglong(displays.size()), displays.size() == 1 ? "display" : "displays",
            qUtf8Printable(displays.join(u", ")));
+}
+
+void AppDelegate::prepareNotifier()
+{
+    m_toast = std::make_unique<HUDToast>();
+    m_notificationServer = std::make_unique<DBusNotificationBackend>();
+    m_opener = std::make_unique<DBusDesktopOpener>();
+    m_notifier = std::make_unique<Notifier>(m_settings, m_storage, *m_notificationServer, *m_toast, *m_opener);
+    m_notifier->onNotificationsOff = [] {
+        qCInfo(lcAppDelegate, "telling the user once that notifications are off");
+        NotificationsOffAlert::show();
+    };
+    m_notifier->prepare();
+    addLaunchFeature(LaunchEnvironment::Feature::testNotify, [this](const LaunchEnvironment::Request &request) {
+        NotifyLaunchTest::run(request.value, *m_notifier);
+    });
+}
+
+void AppDelegate::buildTrayActions()
+{
+    m_trayActions = std::make_unique<TrayActions>(*m_coordinator, m_settings, *m_notifier, *m_opener);
+    m_trayActions->registerCommands(m_commands);
+    m_notifier->routes.showSettings = [this](SettingsTab tab) { m_trayActions->openSettings(tab); };
+    m_notifier->routes.showUpdates = [this] { m_trayActions->checkForUpdates(); };
+    m_notifier->routes.reportProblem = [this] { m_trayActions->reportProblem(); };
+}
+
+void AppDelegate::buildMenuBar()
+{
+    TrayActions &tray = *m_trayActions;
+    MenuBarController::Actions actions;
+    actions.captureRegion = [this](bool allDisplays, CaptureIntent intent) {
+        m_coordinator->captureRegion(allDisplays, intent);
+    };
+    actions.captureWindow = [&tray] { tray.captureWindow(); };
+    actions.captureAfterDelay = [&tray](qint64 seconds) { tray.captureAfterDelay(seconds); };
+    actions.record = [&tray](CaptureKind kind, TrayActions::RecordingArea area) { tray.record(kind, area); };
+    actions.showHistory = [&tray] { tray.showHistory(); };
+    actions.openFolder = [&tray] { tray.openFolder(); };
+    actions.openSettings = [&tray] { tray.openSettings(); };
+    actions.checkForUpdates = [&tray] { tray.checkForUpdates(); };
+    actions.reportProblem = [&tray] { tray.reportProblem(); };
+    actions.quit = [] { QCoreApplication::quit(); };
+    m_menuBar = std::make_unique<MenuBarController>(std::move(actions), m_settings, *m_notifier,
+                                                    &QSystemTrayIcon::isSystemTrayAvailable);
+    m_hotkeys->setStatusMenu(m_menuBar->menu());
 }
 
 void AppDelegate::buildHotkeys()
@@ -134,7 +193,6 @@ void AppDelegate::registerCommands()
 
 void AppDelegate::buildCaptureCoordinator()
 {
-    m_notifier = std::make_unique<LoggingNotifier>();
     m_desktop = DesktopBackend::load();
     qCInfo(lcAppDelegate, "desktop backend: %s", qUtf8Printable(m_desktop.name));
     m_output = std::make_unique<OutputService>(m_settings, *m_notifier);

@@ -17,12 +17,17 @@ class CaptureCoordinator;
 class HistoryStore;
 class HangupNotifier;
 class HotkeyManager;
-class LoggingNotifier;
+class MenuBarController;
+class DBusDesktopOpener;
+class DBusNotificationBackend;
+class HUDToast;
+class Notifier;
 class OutputService;
 class ShutterSound;
 class IniSettingsStorage;
 class InstanceChannel;
 class SingleInstance;
+class TrayActions;
 
 // Builds the long-lived objects in their fixed order once the application runs,
 // and tears down what must go at the end. Owned by main for the life of the process.
@@ -48,6 +53,9 @@ public:
 
 private:
     void logDisplays() const;
+    void prepareNotifier();
+    void buildTrayActions();
+    void buildMenuBar();
     void registerCommands();
     void buildCaptureCoordinator();
     void buildHotkeys();
@@ -63,12 +71,17 @@ private:
     CommandRouter m_commands;
     std::map<LaunchEnvironment::Feature, LaunchFeature> m_launchFeatures;
 
-    std::unique_ptr<LoggingNotifier> m_notifier;
+    std::unique_ptr<HUDToast> m_toast;
+    std::unique_ptr<DBusNotificationBackend> m_notificationServer;
+    std::unique_ptr<DBusDesktopOpener> m_opener;
+    std::unique_ptr<Notifier> m_notifier;
     DesktopBackend m_desktop;
     std::unique_ptr<OutputService> m_output;
     std::unique_ptr<ShutterSound> m_shutter;
     std::unique_ptr<HistoryStore> m_history;
     std::unique_ptr<CaptureCoordinator> m_coordinator;
     std::unique_ptr<HotkeyManager> m_hotkeys;
+    std::unique_ptr<TrayActions> m_trayActions;
+    std::unique_ptr<MenuBarController> m_menuBar;
     std::unique_ptr<HangupNotifier> m_hangup;
 };

@@ -93,6 +93,8 @@ public:
 
     bool isCapturing() const { return m_isCapturing; }
     bool hasRegionSelector() const { return m_regionSelector != nullptr; }
+    // Whether this build can pick a window to capture.
+    bool canPickWindows() const { return m_parts.pickWindow && m_parts.captureWindow; }
     int editorWindowCount() const { return int(m_editorWindows.size()); }
     std::optional<FocusKeeper::Window> previousFrontmost() const { return m_previousFrontmost; }
 

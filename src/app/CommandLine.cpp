@@ -10,7 +10,17 @@ constexpr std::array kVerbs = {
     Verb{"region", "[--rect WxH+X+Y [--copy|--save]]", "Select a region on the frozen screen; with --rect, capture those pixels", 0, 3, true, false, 60000},
     Verb{"all", "[--copy|--save]", "Select on every display; with --copy or --save, capture them all", 0, 1, true, false, 60000},
     Verb{"text", "", "Select an area and copy the text in it", 0, 0, true, false, 60000},
-    Verb{"history", "--list [--json]", "Print the history, newest first (needs no running copy)", 1, 2, false, true},
+    Verb{"window", "", "Pick a window and capture it", 0, 0, true, false},
+    Verb{"delay", "N", "Select a region after N seconds (N is kept for the menu)", 1, 1, true, false},
+    Verb{"gif", "[area|window|screen]", "Record a GIF", 0, 1, true, false},
+    Verb{"video", "[area|window|screen]", "Record a video", 0, 1, true, false},
+    Verb{"stop", "", "Stop the recording", 0, 0, false, false},
+    Verb{"history", "[--list [--json]]", "Show the history; with --list, print it, newest first (needs no running copy)", 0, 2, true, true, 0, "--list"},
+    Verb{"settings", "[PAGE]", "Open the settings, on PAGE (general, shortcuts, cloud...)", 0, 1, true, false},
+    Verb{"open-folder", "", "Open the screenshots folder in the file manager", 0, 0, true, false},
+    Verb{"edit-mode", "[onScreen|afterCapture]", "Draw on the frozen screen or in the editor window; alone, print which", 0, 1, true, false},
+    Verb{"updates", "", "Check for updates", 0, 0, true, false},
+    Verb{"report", "", "Report a problem", 0, 0, true, false},
     Verb{"quit", "", "Quit the running copy of glimpso", 0, 0, false, false},
 };
 } // namespace
@@ -50,7 +60,9 @@ Invocation parse(const QStringList &arguments)
             expected += u' ' + QLatin1String(verb->arguments);
         return {Invocation::Kind::usageError, {}, QStringLiteral("glimpso: usage: glimpso %1").arg(expected)};
     }
-    const auto kind = verb->runsInProcess ? Invocation::Kind::runInProcess : Invocation::Kind::sendVerb;
+    const bool inProcess = verb->runsInProcess &&
+                           (!verb->inProcessOption || (count > 0 && arguments[1] == QLatin1String(verb->inProcessOption)));
+    const auto kind = inProcess ? Invocation::Kind::runInProcess : Invocation::Kind::sendVerb;
     return {kind, arguments, {}};
 }
 
@@ -62,7 +74,8 @@ QString usage()
         "Without a command, starts glimpso in the system tray; if it runs already,\n"
         "the running copy stays in charge. A command is sent to the running copy,\n"
         "which is started first when needed; `history --list` reads the save\n"
-        "folder itself and needs neither a running copy nor a display.\n"
+        "folder itself and needs neither a running copy nor a display. Every\n"
+        "item of the tray menu is a command, for the desktop's shortcut settings.\n"
         "\n"
         "Commands:\n");
     for (const Verb &verb : kVerbs) {

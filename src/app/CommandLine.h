@@ -18,7 +18,9 @@ struct Verb {
     int maxArguments;
     bool startsApplication; // start glimpso first when no copy runs
     bool runsInProcess;     // done by this process, with no running copy and no display
+                            // (only with inProcessOption as its first argument, when there is one)
     int answerTimeoutMs = 0; // how long the running copy may take to answer; 0 for the usual time
+    const char *inProcessOption = nullptr;
 };
 
 std::span<const Verb> verbs();

@@ -59,14 +59,34 @@ TEST(CommandLine, HistoryListRunsInThisProcess)
     const auto invocation = CommandLine::parse({"history", "--list", "--json"});
     EXPECT_EQ(invocation.kind, Kind::runInProcess);
     EXPECT_EQ(invocation.arguments, (QStringList{"history", "--list", "--json"}));
-    EXPECT_FALSE(CommandLine::findVerb("history")->startsApplication);
 }
 
-TEST(CommandLine, HistoryNeedsItsOption)
+TEST(CommandLine, HistoryAloneGoesToTheRunningCopyToShowThePanel)
 {
     const auto invocation = CommandLine::parse({"history"});
-    EXPECT_EQ(invocation.kind, Kind::usageError);
-    EXPECT_EQ(invocation.error, "glimpso: usage: glimpso history --list [--json]");
+    EXPECT_EQ(invocation.kind, Kind::sendVerb);
+    EXPECT_TRUE(CommandLine::findVerb("history")->startsApplication);
+}
+
+TEST(CommandLine, HistoryWithAnotherOptionGoesToTheRunningCopy)
+{
+    EXPECT_EQ(CommandLine::parse({"history", "--json"}).kind, Kind::sendVerb);
+    EXPECT_EQ(CommandLine::parse({"history", "--list", "--json", "x"}).kind, Kind::usageError);
+}
+
+TEST(CommandLine, EveryTrayActionIsAVerb)
+{
+    for (const char *name : {"region", "all", "text", "window", "delay", "gif", "video", "stop", "history", "settings",
+                             "open-folder", "edit-mode", "updates", "report", "quit"})
+        EXPECT_NE(CommandLine::findVerb(QString::fromLatin1(name)), nullptr) << name;
+}
+
+TEST(CommandLine, DelayTakesItsSeconds)
+{
+    const auto invocation = CommandLine::parse({"delay", "5"});
+    EXPECT_EQ(invocation.kind, Kind::sendVerb);
+    EXPECT_EQ(invocation.arguments, (QStringList{"delay", "5"}));
+    EXPECT_EQ(CommandLine::parse({"delay"}).error, "glimpso: usage: glimpso delay N");
 }
 
 TEST(CommandLine, OnlyHistoryRunsInProcess)

@@ -112,10 +112,22 @@ e2e_setup() {
   start_window_manager
   wait_for "the window manager" 20 window_manager_ready
 
-  dunst >"$E2E_DIR/dunst.log" 2>&1 &
+  write_dunst_config
+  dunst -config "$E2E_DIR/dunstrc" >"$E2E_DIR/dunst.log" 2>&1 &
   E2E_PIDS+=($!)
   wait_for "the notification server" 20 bus_name_has_owner org.freedesktop.Notifications
   e2e_log "desktop ready on $DISPLAY ($size${monitors:+, monitors $monitors})"
+}
+
+# dunst puts its notifications beyond the edge of the screen, so that they
+# never stand in the pixels a case captures and compares; they are there all
+# the same (dunstctl count displayed). $E2E_DUNST_DMENU, when set, is the
+# program dunst's context menu (dunstctl context) asks for a choice.
+write_dunst_config() {
+  {
+    printf '[global]\n    origin = top-left\n    offset = 8000x8000\n'
+    if [ -n "${E2E_DUNST_DMENU:-}" ]; then printf '    dmenu = %s\n' "$E2E_DUNST_DMENU"; fi
+  } >"$E2E_DIR/dunstrc"
 }
 
 # The server picks a free display itself (-displayfd) and writes its number;
@@ -344,3 +356,49 @@ glimpso_logged() { grep -qF -- "$1" "$GLIMPSO_LOG"; }
 wait_for_log() { wait_for "'$1' in glimpso's log" "$2" glimpso_logged "$1"; }
 # log_count TEXT: how many lines of glimpso's log have TEXT.
 log_count() { grep -cF -- "$1" "$GLIMPSO_LOG" || true; }
+
+# use_test_opener: the desktop's opener (xdg-open) hands pictures and folders
+# to tools/desktop-opener.sh, which writes what it got to $E2E_OPENED. Call it
+# after e2e_setup and before glimpso starts.
+use_test_opener() {
+  export E2E_OPENED=$E2E_DIR/opened
+  : >"$E2E_OPENED"
+  mkdir -p "$XDG_DATA_HOME/applications"
+  cat >"$XDG_DATA_HOME/applications/glimpso-test-opener.desktop" <<DESKTOP
+[Desktop Entry]
+Type=Application
+Name=glimpso test opener
+Exec=$E2E_HARNESS_DIR/tools/desktop-opener.sh %f
+MimeType=image/png;image/jpeg;inode/directory;
+NoDisplay=true
+DESKTOP
+  printf '[Default Applications]\nimage/png=glimpso-test-opener.desktop\nimage/jpeg=glimpso-test-opener.desktop\ninode/directory=glimpso-test-opener.desktop\n' \
+    >"$XDG_CONFIG_HOME/mimeapps.list"
+}
+
+# watch_notifications: every Notify call on the session bus from now on goes
+# to $E2E_NOTIFY_LOG as dbus-monitor prints it.
+watch_notifications() {
+  E2E_NOTIFY_LOG=$E2E_DIR/notify.log
+  dbus-monitor --session "type='method_call',interface='org.freedesktop.Notifications',member='Notify'" \
+    >"$E2E_NOTIFY_LOG" 2>&1 &
+  E2E_PIDS+=($!)
+  wait_for "dbus-monitor to listen" 10 grep -q "member=NameAcquired\|NameLost\|signal" "$E2E_NOTIFY_LOG"
+}
+
+# stop_notification_server: dunst ends, and the bus cannot start another
+# notification server on demand (a service file of the user's own, which
+# outranks the system's, starts a program that fails).
+stop_notification_server() {
+  local pid
+  mkdir -p "$XDG_DATA_HOME/dbus-1/services"
+  printf '[D-BUS Service]\nName=org.freedesktop.Notifications\nExec=/bin/false\n' \
+    >"$XDG_DATA_HOME/dbus-1/services/org.freedesktop.Notifications.service"
+  dbus-send --session --type=method_call --dest=org.freedesktop.DBus /org/freedesktop/DBus \
+    org.freedesktop.DBus.ReloadConfig
+  pid=$(dbus-send --session --print-reply --dest=org.freedesktop.DBus /org/freedesktop/DBus \
+    org.freedesktop.DBus.GetConnectionUnixProcessID string:org.freedesktop.Notifications | awk '/uint32/ {print $2}')
+  [ -n "$pid" ] && kill "$pid"
+  wait_for "the notification server to go" 10 notification_server_gone
+}
+notification_server_gone() { ! bus_name_has_owner org.freedesktop.Notifications; }
