@@ -1,20 +1,11 @@
 #include "toolbars/ColorChip.h"
 
 #include "appui/Lucide.h"
+#include "toolbars/ChipPaint.h"
 #include "toolbars/ColorPalette.h"
 
 #include <QMouseEvent>
 #include <QPainter>
-
-namespace {
-
-QColor withAlpha(QColor colour, qreal alpha)
-{
-    colour.setAlphaF(float(colour.alphaF() * alpha));
-    return colour;
-}
-
-} // namespace
 
 ColorChip::ColorChip(bool plain, QWidget *parent) : QWidget(parent), m_plain(plain)
 {
@@ -83,13 +74,11 @@ void ColorChip::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     if (!m_plain) {
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(withAlpha(m_tint, 0.12));
-        painter.drawRoundedRect(QRectF(rect()), 8, 8);
+        ChipPaint::fillRounded(painter, QRectF(rect()), ChipPaint::faded(m_tint, 0.12), 8);
     }
-    painter.setPen(QPen(withAlpha(m_tint, 0.35), 1));
+    painter.setPen(QPen(ChipPaint::faded(m_tint, 0.35), 1));
     painter.setBrush(m_colour);
     painter.drawEllipse(QRectF(7.5, 6.5, 15, 15));
-    const QImage chevron = Lucide(Lucide::chevronDown).tinted(10, 2.5, withAlpha(m_tint, 0.8), devicePixelRatioF());
+    const QImage chevron = Lucide(Lucide::chevronDown).tinted(10, 2.5, ChipPaint::faded(m_tint, 0.8), devicePixelRatioF());
     painter.drawImage(QRectF(27, 9, 10, 10), chevron);
 }

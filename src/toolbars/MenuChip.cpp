@@ -1,6 +1,7 @@
 #include "toolbars/MenuChip.h"
 
 #include "appui/Lucide.h"
+#include "toolbars/ChipPaint.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -80,12 +81,7 @@ void MenuChip::paintEvent(QPaintEvent *)
     if (!lit())
         return;
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    QColor fill = m_tint;
-    fill.setAlphaF(float(fill.alphaF() * 0.12));
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(fill);
-    painter.drawRoundedRect(QRectF(rect()), 6, 6);
+    ChipPaint::fillRounded(painter, QRectF(rect()), ChipPaint::faded(m_tint, 0.12), 6);
 }
 
 void MenuChip::enterEvent(QEnterEvent *event)

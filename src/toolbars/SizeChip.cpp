@@ -1,5 +1,7 @@
 #include "toolbars/SizeChip.h"
 
+#include "toolbars/ChipPaint.h"
+
 #include <QFontDatabase>
 #include <QLabel>
 #include <QMouseEvent>
@@ -77,12 +79,7 @@ void SizeChip::paintEvent(QPaintEvent *)
     if (!m_highlighted)
         return;
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    QColor fill = m_tint;
-    fill.setAlphaF(float(fill.alphaF() * 0.22));
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(fill);
-    painter.drawRoundedRect(QRectF(rect()), 8, 8);
+    ChipPaint::fillRounded(painter, QRectF(rect()), ChipPaint::faded(m_tint, 0.22), 8);
 }
 
 void SizeChip::mousePressEvent(QMouseEvent *event)

@@ -1,6 +1,7 @@
 #include "toolbars/TextOptionsControl.h"
 
 #include "annotation/TextLook.h"
+#include "toolbars/ChipPaint.h"
 #include "toolbars/MenuChip.h"
 
 #include <QActionGroup>
@@ -102,9 +103,7 @@ void TextOptionsControl::setTint(const QColor &tint)
     m_sizeButton->setTint(tint);
     m_styleButton->setTint(tint);
     QPalette colours = m_divider->palette();
-    QColor line = tint;
-    line.setAlphaF(float(line.alphaF() * 0.25));
-    colours.setColor(QPalette::Window, line);
+    colours.setColor(QPalette::Window, ChipPaint::faded(tint, 0.25));
     m_divider->setPalette(colours);
     refresh();
 }

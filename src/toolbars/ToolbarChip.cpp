@@ -1,16 +1,12 @@
 #include "toolbars/ToolbarChip.h"
 
+#include "toolbars/ChipPaint.h"
+
 #include <QEnterEvent>
 #include <QMouseEvent>
 #include <QPainter>
 
 namespace {
-
-QColor withAlpha(QColor colour, qreal alpha)
-{
-    colour.setAlphaF(float(colour.alphaF() * alpha));
-    return colour;
-}
 
 QColor accentColour(const QWidget &widget)
 {
@@ -62,13 +58,13 @@ QColor ToolbarChip::backgroundColor() const
         if (m_highlighted)
             return accentColour(*this);
         if (hover)
-            return withAlpha(paletteLabel(*this), 0.08);
+            return ChipPaint::faded(paletteLabel(*this), 0.08);
         return Qt::transparent;
     }
     if (m_highlighted)
-        return withAlpha(m_tint, 0.22);
+        return ChipPaint::faded(m_tint, 0.22);
     if (hover)
-        return withAlpha(m_tint, 0.12);
+        return ChipPaint::faded(m_tint, 0.12);
     return Qt::transparent;
 }
 
@@ -93,9 +89,7 @@ void ToolbarChip::paintEvent(QPaintEvent *)
     if (background.alpha() > 0) {
         const qreal inset = m_accentSelection ? m_metrics.selectionInset : 0;
         const qreal radius = std::max<qreal>(0, m_metrics.radius - inset);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(background);
-        painter.drawRoundedRect(backgroundRect(), radius, radius);
+        ChipPaint::fillRounded(painter, backgroundRect(), background, radius);
     }
     const qreal side = m_metrics.icon;
     const QImage image = m_icon.tinted(side, 2, iconColor(), devicePixelRatioF());

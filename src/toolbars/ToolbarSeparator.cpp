@@ -1,5 +1,7 @@
 #include "toolbars/ToolbarSeparator.h"
 
+#include "toolbars/ChipPaint.h"
+
 #include <QPainter>
 
 ToolbarSeparator::ToolbarSeparator(QWidget *parent) : QWidget(parent)
@@ -10,8 +12,7 @@ ToolbarSeparator::ToolbarSeparator(QWidget *parent) : QWidget(parent)
 
 void ToolbarSeparator::setTint(const QColor &tint)
 {
-    m_colour = tint;
-    m_colour.setAlphaF(float(tint.alphaF() * 0.25));
+    m_colour = ChipPaint::faded(tint, 0.25);
     update();
 }
 

@@ -1,18 +1,10 @@
 #include "appui/Lucide.h"
 
+#include "ImageInk.h"
+
 #include <gtest/gtest.h>
 
 namespace {
-
-// How much ink an image holds: the sum of its alpha over all pixels.
-qint64 inkOf(const QImage &image)
-{
-    qint64 sum = 0;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            sum += qAlpha(image.pixel(x, y));
-    return sum;
-}
 
 bool onlyBlack(const QImage &image)
 {

@@ -308,6 +308,37 @@ count_colour() {
     -format "%[fx:int(mean*w*h)]" info:
 }
 
+# is_red FILE X Y WHAT: fails unless the pixel is the red of a default stroke.
+is_red() {
+  local rgb r g b
+  rgb=$(pixel "$1" "$2" "$3")
+  read -r r g b <<<"$rgb"
+  [ "$r" -ge 200 ] && [ "$g" -le 120 ] && [ "$b" -le 120 ] || e2e_fail "$4: expected the red of a stroke at $2,$3, got $rgb"
+}
+
+# copy_with_return FILE: Return on the armed overlay, then the copied picture
+# from the clipboard into FILE.
+copy_with_return() {
+  local before
+  before=$(grep -c "finish: didFinish=0" "$GLIMPSO_LOG" || true)
+  send_keys Return
+  wait_for "the overlay to finish" 10 bash -c "[ \$(grep -c 'finish: didFinish=0' '$GLIMPSO_LOG') -gt $before ]"
+  wait_for "an image on the clipboard" 10 bash -c "xclip -selection clipboard -t TARGETS -o | grep -q image/png"
+  xclip -selection clipboard -t image/png -o >"$1"
+}
+
+# save_a_capture: a region capture finished with Return, which copies and
+# (saveCopies on) saves; sets SAVE_DIR, SAVED (the file) and SAVED_NAME.
+save_a_capture() {
+  open_region_overlay 500 300
+  drag 100 100 300 250
+  send_keys Return
+  SAVE_DIR=$HOME/Pictures/Screenshots
+  wait_for "a file in the save folder" 10 bash -c "ls '$SAVE_DIR'/glimpso-*.png"
+  SAVED=$(ls "$SAVE_DIR"/glimpso-*.png | head -n1)
+  SAVED_NAME=$(basename "$SAVED")
+}
+
 # The overlay's toolbar and its colour panel write where their chips are to
 # the debug log; start glimpso with this in the environment to click them.
 TOOLBAR_LOGGING="glimpso.EditorToolbar.debug=true;glimpso.ColorPalette.debug=true"

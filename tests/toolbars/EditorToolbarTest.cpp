@@ -42,6 +42,17 @@ public:
     QWidget widget;
 };
 
+// A floating toolbar in a shown window, as on the overlay.
+struct ToolbarInWindow : ToolbarFixture {
+    explicit ToolbarInWindow(QSize size) : toolbar(true, handler(), settings, &window)
+    {
+        window.resize(size);
+        window.show();
+    }
+    QWidget window;
+    EditorToolbar toolbar;
+};
+
 struct CanvasWithToolbar : ToolbarFixture {
     CanvasWithToolbar()
         : canvas({snapshot()}, CaptureIntent::image, settings, [this](const RegionResult &) { ++results; })
@@ -196,12 +207,10 @@ TEST(EditorToolbar, StartsWithTheDefaultColour)
 
 TEST(EditorToolbar, PickingASwatchSendsTheColour)
 {
-    ToolbarFixture fixture;
-    QWidget window;
-    window.resize(900, 300);
-    EditorToolbar toolbar(true, fixture.handler(), fixture.settings, &window);
+    ToolbarInWindow fixture(QSize(900, 300));
+    EditorToolbar &toolbar = fixture.toolbar;
+    QWidget &window = fixture.window;
     toolbar.setGeometry(10, 10, int(toolbar.fittingWidth()), 40);
-    window.show();
     QTest::mouseClick(toolbar.colorChip(), Qt::LeftButton);
     ColorPalette *palette = toolbar.colorChip()->palette();
     ASSERT_NE(palette, nullptr);
@@ -216,11 +225,9 @@ TEST(EditorToolbar, PickingASwatchSendsTheColour)
 
 TEST(EditorToolbar, APressOutsideTheColourPanelClosesIt)
 {
-    ToolbarFixture fixture;
-    QWidget window;
-    window.resize(900, 300);
-    EditorToolbar toolbar(true, fixture.handler(), fixture.settings, &window);
-    window.show();
+    ToolbarInWindow fixture(QSize(900, 300));
+    EditorToolbar &toolbar = fixture.toolbar;
+    QWidget &window = fixture.window;
     toolbar.colorChip()->openPalette();
     ASSERT_NE(toolbar.colorChip()->palette(), nullptr);
     QTest::mouseClick(&window, Qt::LeftButton, {}, QPoint(880, 290));
@@ -230,11 +237,8 @@ TEST(EditorToolbar, APressOutsideTheColourPanelClosesIt)
 
 TEST(EditorToolbar, TheSizeChipShowsPixelsAndItsPanelSetsAnExactSize)
 {
-    ToolbarFixture fixture;
-    QWidget window;
-    window.resize(900, 300);
-    EditorToolbar toolbar(true, fixture.handler(), fixture.settings, &window);
-    window.show();
+    ToolbarInWindow fixture(QSize(900, 300));
+    EditorToolbar &toolbar = fixture.toolbar;
     toolbar.setCurrentSize(QSize(1280, 720));
     EXPECT_EQ(toolbar.sizeChip()->widthText(), "1280");
     EXPECT_EQ(toolbar.sizeChip()->heightText(), "720");
@@ -254,11 +258,8 @@ TEST(EditorToolbar, TheSizeChipShowsPixelsAndItsPanelSetsAnExactSize)
 
 TEST(EditorToolbar, ASecondClickOnTheSizeChipClosesItsPanel)
 {
-    ToolbarFixture fixture;
-    QWidget window;
-    window.resize(900, 300);
-    EditorToolbar toolbar(true, fixture.handler(), fixture.settings, &window);
-    window.show();
+    ToolbarInWindow fixture(QSize(900, 300));
+    EditorToolbar &toolbar = fixture.toolbar;
     toolbar.toggleSizePopover();
     ASSERT_TRUE(toolbar.sizePopover()->isOpen());
     toolbar.toggleSizePopover();
@@ -374,11 +375,9 @@ TEST(EditorToolbar, ToolbarActionsReachTheEditor)
 
 TEST(EditorToolbar, MoreOpensTheFullChooserInsideTheSameWindow)
 {
-    ToolbarFixture fixture;
-    QWidget window;
-    window.resize(1000, 700);
-    EditorToolbar toolbar(true, fixture.handler(), fixture.settings, &window);
-    window.show();
+    ToolbarInWindow fixture(QSize(1000, 700));
+    EditorToolbar &toolbar = fixture.toolbar;
+    QWidget &window = fixture.window;
     toolbar.colorChip()->openPalette();
     QTest::mouseClick(toolbar.colorChip()->palette()->moreButton(), Qt::LeftButton);
     auto *chooser = window.findChild<QColorDialog *>();

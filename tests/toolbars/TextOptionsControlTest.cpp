@@ -3,6 +3,8 @@
 
 #include <QMenu>
 
+#include "ImageInk.h"
+
 #include <gtest/gtest.h>
 
 using glimpso::TextFont;
@@ -26,15 +28,6 @@ QAction *actionTitled(const QMenu &menu, const QString &title)
             return action;
     }
     return nullptr;
-}
-
-qint64 inkOf(const QImage &image)
-{
-    qint64 sum = 0;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            sum += qAlpha(image.pixel(x, y));
-    return sum;
 }
 
 } // namespace

@@ -15,13 +15,8 @@ wait_for_log "telling the user once that notifications are off" 10
 wait_for_window "^glimpso$" 10
 xdotool search --onlyvisible --name "^glimpso$" | while read -r w; do xdotool windowclose "$w" 2>/dev/null || true; done
 
-open_region_overlay 500 300
-drag 100 100 300 250
-send_keys Return
-save_dir=$HOME/Pictures/Screenshots
-wait_for "a file in the save folder" 10 bash -c "ls '$save_dir'/glimpso-*.png"
-saved=$(ls "$save_dir"/glimpso-*.png | head -n1)
-name=$(basename "$saved")
+save_a_capture
+save_dir=$SAVE_DIR saved=$SAVED name=$SAVED_NAME
 
 # The toast: found by its words, near the top right of the screen.
 wait_for_window "glimpso notice: Copied to clipboard — $name" 10

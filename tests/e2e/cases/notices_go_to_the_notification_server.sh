@@ -22,13 +22,8 @@ wait_for "the welcome notice on the bus" 10 grep -qF 'string "glimpso is ready"'
 expect_contains "$(cat "$E2E_NOTIFY_LOG")" \
   'string "Ctrl+Shift+2 to capture · Ctrl+Shift+1 for all displays · change in Settings"' "the welcome notice"
 
-open_region_overlay 500 300
-drag 100 100 300 250
-send_keys Return
-save_dir=$HOME/Pictures/Screenshots
-wait_for "a file in the save folder" 10 bash -c "ls '$save_dir'/glimpso-*.png"
-saved=$(ls "$save_dir"/glimpso-*.png | head -n1)
-name=$(basename "$saved")
+save_a_capture
+save_dir=$SAVE_DIR saved=$SAVED name=$SAVED_NAME
 
 # The notification as the server received it: title, file name, buttons.
 wait_for "the notification to reach the bus" 10 grep -qF "string \"$name\"" "$E2E_NOTIFY_LOG"
