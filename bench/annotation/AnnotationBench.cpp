@@ -6,6 +6,8 @@
 
 #include "annotation/AnnotationRenderer.h"
 
+#include "../support/SyntheticDesktop.h"
+
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QPainter>
@@ -23,25 +25,6 @@ namespace {
 
 constexpr QSize capturePixels(3840, 2160);
 constexpr double captureScale = 2.0;
-
-// Something like a desktop: a gradient with windows and lines of "text".
-QImage makeCapture()
-{
-    QImage image(capturePixels, QImage::Format_ARGB32_Premultiplied);
-    QPainter painter(&image);
-    QLinearGradient background(0, 0, capturePixels.width(), capturePixels.height());
-    background.setColorAt(0, QColor(40, 60, 90));
-    background.setColorAt(1, QColor(200, 120, 60));
-    painter.fillRect(image.rect(), background);
-    QRandomGenerator random(7);
-    for (int i = 0; i < 12; ++i) {
-        const QRect window(random.bounded(3000), random.bounded(1600), 400 + random.bounded(800), 300 + random.bounded(500));
-        painter.fillRect(window, QColor(245, 245, 245));
-        for (int y = window.top() + 20; y < window.bottom() - 10; y += 28)
-            painter.fillRect(QRect(window.left() + 20, y, random.bounded(window.width() - 40), 12), QColor(40, 40, 40));
-    }
-    return image;
-}
 
 QList<QPointF> scribble(QRandomGenerator &random, QPointF start, int count)
 {
@@ -159,7 +142,7 @@ int main(int argc, char **argv)
             onlyKind = args[i + 1];
     }
 
-    const QImage capture = makeCapture();
+    const QImage capture = syntheticDesktop(capturePixels, QImage::Format_ARGB32_Premultiplied);
     QList<Annotation> marks = makeAnnotations();
     // --only KIND keeps one kind of mark (by its index in the variant), for profiling.
     if (!onlyKind.isEmpty())

@@ -12,6 +12,8 @@
 #include "settings/AppSettings.h"
 #include "SettingsFakes.h"
 
+#include "../support/SyntheticDesktop.h"
+
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QMouseEvent>
@@ -47,25 +49,6 @@ protected:
         return handled;
     }
 };
-
-QImage makeDesktop()
-{
-    QImage image(displaySize, QImage::Format_RGB32);
-    QPainter painter(&image);
-    QLinearGradient background(0, 0, displaySize.width(), displaySize.height());
-    background.setColorAt(0, QColor(40, 60, 90));
-    background.setColorAt(1, QColor(200, 120, 60));
-    painter.fillRect(image.rect(), background);
-    QRandomGenerator random(7);
-    for (int i = 0; i < 12; ++i) {
-        const QRect window(random.bounded(3000), random.bounded(1600), 400 + random.bounded(800),
-                           300 + random.bounded(500));
-        painter.fillRect(window, QColor(245, 245, 245));
-        for (int y = window.top() + 20; y < window.bottom() - 10; y += 28)
-            painter.fillRect(QRect(window.left() + 20, y, random.bounded(window.width() - 40), 12), QColor(40, 40, 40));
-    }
-    return image;
-}
 
 void send(QWidget &view, QEvent::Type type, QPointF local, Qt::MouseButtons held)
 {
@@ -143,7 +126,7 @@ int main(int argc, char **argv)
     InertLoginItem login;
     AppSettings settings(storage, login);
     const QRectF frame(QPointF(0, 0), QSizeF(displaySize));
-    const ScreenSnapshot snapshot{1, makeDesktop(), frame, 1.0};
+    const ScreenSnapshot snapshot{1, syntheticDesktop(displaySize, QImage::Format_RGB32), frame, 1.0};
     SelectionCanvas canvas({snapshot}, CaptureIntent::image, settings, [](const RegionResult &) {});
     TimedView view(&canvas, snapshot, DesktopSpace(frame.toRect()), frame.toRect(),
                    OverlayLook::make("#000000", 0.35, "#EBEBEB", CaptureIntent::image));
