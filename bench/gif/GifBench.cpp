@@ -24,6 +24,7 @@ extern "C" {
 
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -158,11 +159,15 @@ public:
             throw std::runtime_error("no video stream in " + path);
         codec_.reset(avcodec_alloc_context3(codec));
         avcodec_parameters_to_context(codec_.get(), raw->streams[stream_]->codecpar);
-        // One decoding thread: frame threads each hold frames of their own, which
-        // would be counted against the writer's memory. GIFBENCH_DECODE_THREADS
-        // overrides it (0: as many as the decoder likes).
+        // One decoding thread per core, so that decoding, which stands in for
+        // the display server handing frames over and is no work of the
+        // writer's, keeps pace as ffmpeg's own decoding does for the peers.
+        // Frame threads hold frames of their own; the decode-only run counts
+        // them too, so the writer's share stays the difference of the two.
+        // GIFBENCH_DECODE_THREADS overrides it (0: as many as the decoder likes).
         const char *threads = std::getenv("GIFBENCH_DECODE_THREADS");
-        codec_->thread_count = threads ? std::atoi(threads) : 1;
+        const int cores = int(std::max(1u, std::thread::hardware_concurrency()));
+        codec_->thread_count = threads ? std::atoi(threads) : cores;
         if (avcodec_open2(codec_.get(), codec, nullptr) < 0)
             throw std::runtime_error("cannot open the decoder");
         timeBase_ = av_q2d(raw->streams[stream_]->time_base);
