@@ -10,14 +10,7 @@
 
 namespace {
 
-struct NotifyLaunchTestTest : ::testing::Test {
-    MemorySettingsStorage storage;
-    InertLoginItem loginItem;
-    AppSettings settings{storage, loginItem};
-    FakeNotificationBackend server;
-    FakeToast toast;
-    FakeDesktopOpener desktop;
-    Notifier notifier{settings, storage, server, toast, desktop};
+struct NotifyLaunchTestTest : ::testing::Test, NotifierWithFakes {
 };
 
 TEST_F(NotifyLaunchTestTest, EachErrorWordShowsItsFailure)

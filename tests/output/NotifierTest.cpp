@@ -17,14 +17,7 @@ namespace {
 using Status = NotificationBackend::SendResult::Status;
 using Kind = NoticeAction::Kind;
 
-struct NotifierTest : ::testing::Test {
-    MemorySettingsStorage storage;
-    InertLoginItem loginItem;
-    AppSettings settings{storage, loginItem};
-    FakeNotificationBackend server;
-    FakeToast toast;
-    FakeDesktopOpener desktop;
-    Notifier notifier{settings, storage, server, toast, desktop};
+struct NotifierTest : ::testing::Test, NotifierWithFakes {
 
     QList<SettingsTab> settingsShown;
     int updatesShown = 0;

@@ -1,8 +1,12 @@
 #pragma once
 
 #include "output/DesktopOpener.h"
+#include "output/Notifier.h"
 #include "output/NotificationBackend.h"
 #include "output/Toasting.h"
+#include "settings/AppSettings.h"
+
+#include "SettingsFakes.h"
 
 #include <QList>
 #include <QStringList>
@@ -66,4 +70,15 @@ struct FakeDesktopOpener : DesktopOpener {
     QStringList revealed;
     void open(const QUrl &url) override { opened.append(url); }
     void reveal(const QString &path) override { revealed.append(path); }
+};
+
+// A notifier over the fakes above, with its settings in memory.
+struct NotifierWithFakes {
+    MemorySettingsStorage storage;
+    InertLoginItem loginItem;
+    AppSettings settings{storage, loginItem};
+    FakeNotificationBackend server;
+    FakeToast toast;
+    FakeDesktopOpener desktop;
+    Notifier notifier{settings, storage, server, toast, desktop};
 };
