@@ -84,6 +84,13 @@ struct Overlay {
         canvas.mouseUp(global);
         return field();
     }
+    // Sets the text size as the toolbar would.
+    void setTextSize(double size)
+    {
+        glimpso::TextOptions options = editor().textOptions();
+        options.size = size;
+        canvas.handleToolbarAction(EditorAction::setTextOptions(options));
+    }
     OverlayTextField *field() const
     {
         for (OverlayTextField *field : view.findChildren<OverlayTextField *>()) {
@@ -184,9 +191,7 @@ TEST(TextEditBox, TheFrameLineMovesTheTextAndAClickOnTheTextPlacesTheCaret)
 TEST(TextEditBox, AResizeDrag30RightAnd30DownOnTheCornerAdds20)
 {
     Overlay o;
-    glimpso::TextOptions options = o.editor().textOptions();
-    options.size = 20;
-    o.canvas.handleToolbarAction(EditorAction::setTextOptions(options));
+    o.setTextSize(20);
     OverlayTextField *field = o.openAt({100, 120});
     ASSERT_TRUE(field);
     TextEditBox *box = field->box();
@@ -203,9 +208,7 @@ TEST(TextEditBox, AResizeDrag30RightAnd30DownOnTheCornerAdds20)
 TEST(TextEditBox, TheWheelOverTheFieldSizesTheText)
 {
     Overlay o;
-    glimpso::TextOptions options = o.editor().textOptions();
-    options.size = 20;
-    o.canvas.handleToolbarAction(EditorAction::setTextOptions(options));
+    o.setTextSize(20);
     OverlayTextField *field = o.openAt({100, 120});
     ASSERT_TRUE(field);
     const QPointF at(10, field->height() / 2.0);
