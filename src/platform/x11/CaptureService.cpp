@@ -1,5 +1,7 @@
 #include "platform/x11/CaptureService.h"
 
+#include "platform/x11/HugePageImage.h"
+
 #include "appbase/AppError.h"
 
 #include <QLoggingCategory>
@@ -61,6 +63,57 @@ void makeOpaque(uchar *pixels, std::size_t count)
     auto *words = reinterpret_cast<std::uint32_t *>(pixels);
     for (std::size_t i = 0; i < count; ++i)
         words[i] |= 0xff000000u;
+}
+
+// The largest block a capture makes for itself. Fresh shared memory is
+// costly: every page is cleared and mapped by the server the first time it
+// writes it, which for a 4K screen takes longer than sending the picture
+// through the socket. Larger blocks are made ready ahead (prepare()), when no
+// one waits for them.
+constexpr std::size_t largestBlockMadeOnDemand = std::size_t(4) << 20;
+
+// A picture asked for in pieces comes in pieces of about these sizes, a few
+// asked for ahead of the one being copied out: the server writes the next
+// pieces while we copy out the last, on two cores at once, and neither side
+// needs fresh memory for more than a few pieces. Through shared memory the
+// pieces take turns in a small block that is kept; through the socket, asking
+// for the whole screen at once would make the server hold all of it in fresh
+// memory of its own before we had read much.
+constexpr qsizetype sharedPieceBytes = qsizetype(512) << 10;
+constexpr std::size_t sharedPieceSlots = 2;
+constexpr qsizetype socketPieceBytes = qsizetype(128) << 10;
+constexpr std::size_t socketPiecesInFlight = 8;
+
+// How a picture of `rect` is cut into pieces of whole rows.
+struct PiecePlan {
+    PiecePlan(const QRect &rect, qsizetype pieceBytes)
+        : rect(rect), bytesPerLine(qsizetype(rect.width()) * 4),
+          rowsPerPiece(int(qBound(qsizetype(1), pieceBytes / bytesPerLine, qsizetype(rect.height())))),
+          count(std::size_t((rect.height() + rowsPerPiece - 1) / rowsPerPiece))
+    {
+    }
+    int top(std::size_t piece) const { return int(piece) * rowsPerPiece; }
+    int rows(std::size_t piece) const { return qMin(rowsPerPiece, rect.height() - top(piece)); }
+    std::size_t bytes(std::size_t piece) const { return std::size_t(bytesPerLine) * std::size_t(rows(piece)); }
+
+    QRect rect;
+    qsizetype bytesPerLine;
+    int rowsPerPiece;
+    std::size_t count;
+};
+
+// One piece's rows copied into their place in `to` and made opaque in the same
+// pass over the pixels.
+void copyPieceOpaque(const uchar *from, QImage &to, const PiecePlan &plan, std::size_t piece)
+{
+    const auto *pixels = reinterpret_cast<const std::uint32_t *>(from);
+    const int width = plan.rect.width();
+    for (int y = 0; y < plan.rows(piece); ++y) {
+        auto *line = reinterpret_cast<std::uint32_t *>(to.scanLine(plan.top(piece) + y));
+        const std::uint32_t *row = pixels + qsizetype(y) * width;
+        for (int x = 0; x < width; ++x)
+            line[x] = row[x] | 0xff000000u;
+    }
 }
 
 // A direct picture format of 8-bit red, green and blue at the usual shifts;
@@ -203,7 +256,7 @@ QImage CaptureService::grab(const QRect &requested, bool plainAllowed)
 
     std::optional<QImage> image;
     if (m_sharedMemoryAllowed)
-        image = grabShared(c, rect);
+        image = grabShared(c, rect, plainAllowed ? ShmSegmentPool::Making::keptOnly : ShmSegmentPool::Making::allowed);
     if (!image && plainAllowed)
         image = grabPlain(c, screen->root, rect);
     if (!image)
@@ -211,31 +264,85 @@ QImage CaptureService::grab(const QRect &requested, bool plainAllowed)
     return *image;
 }
 
-std::optional<QImage> CaptureService::grabShared(xcb_connection_t *c, const QRect &rect)
+std::optional<QImage> CaptureService::grabShared(xcb_connection_t *c, const QRect &rect,
+                                                ShmSegmentPool::Making making)
 {
     const xcb_query_extension_reply_t *extension = xcb_get_extension_data(c, &xcb_shm_id);
     if (!extension || !extension->present)
         return std::nullopt;
     const std::size_t pixels = std::size_t(rect.width()) * std::size_t(rect.height());
-    const auto lease = m_pool.lend(c, m_x.generation(), pixels * 4);
-    if (!lease)
-        return std::nullopt;
-    if (!(m_renderAllowed && canRender(c) && renderInto(c, *lease, rect))) {
+    if (pixels * 4 <= largestBlockMadeOnDemand)
+        making = ShmSegmentPool::Making::allowed;
+    if (const auto lease = m_pool.lend(c, m_x.generation(), pixels * 4, making))
+        return grabIntoBlock(c, rect, *lease);
+    if (making == ShmSegmentPool::Making::keptOnly)
+        return grabSharedInPieces(c, rect);
+    return std::nullopt;
+}
+
+std::optional<QImage> CaptureService::grabIntoBlock(xcb_connection_t *c, const QRect &rect,
+                                                   const ShmSegmentPool::Lease &lease)
+{
+    if (!(m_renderAllowed && canRender(c) && renderInto(c, lease, rect))) {
         xcb_generic_error_t *error = nullptr;
         auto image = reply(xcb_shm_get_image_reply(
             c,
             xcb_shm_get_image(c, firstScreen(c)->root, std::int16_t(rect.x()), std::int16_t(rect.y()),
                               std::uint16_t(rect.width()), std::uint16_t(rect.height()), ~0u,
-                              XCB_IMAGE_FORMAT_Z_PIXMAP, lease->segment, 0),
+                              XCB_IMAGE_FORMAT_Z_PIXMAP, lease.segment, 0),
             &error));
         if (error || !image) {
             std::free(error);
             return std::nullopt;
         }
-        makeOpaque(lease->data, pixels);
+        makeOpaque(lease.data, std::size_t(rect.width()) * std::size_t(rect.height()));
     }
     // The picture stays in the block: no copy of a 4K screen on the way.
-    return ShmSegmentPool::picture(*lease, rect.size(), QImage::Format_RGB32);
+    return ShmSegmentPool::picture(lease, rect.size(), QImage::Format_RGB32);
+}
+
+std::optional<QImage> CaptureService::grabSharedInPieces(xcb_connection_t *c, const QRect &rect)
+{
+    const PiecePlan plan(rect, sharedPieceBytes);
+    const std::size_t slotBytes = plan.bytes(0);
+    const auto lease = m_pool.lend(c, m_x.generation(), slotBytes * sharedPieceSlots);
+    if (!lease)
+        return std::nullopt;
+    QImage result = HugePageImage::allocate(rect.size(), QImage::Format_RGB32);
+    if (result.isNull())
+        return std::nullopt;
+    const auto slotOf = [&](std::size_t piece) { return (piece % sharedPieceSlots) * slotBytes; };
+    std::vector<xcb_shm_get_image_cookie_t> pieces;
+    pieces.reserve(plan.count);
+    const auto askFor = [&](std::size_t piece) {
+        pieces.push_back(xcb_shm_get_image(c, firstScreen(c)->root, std::int16_t(rect.x()),
+                                           std::int16_t(rect.y() + plan.top(piece)), std::uint16_t(rect.width()),
+                                           std::uint16_t(plan.rows(piece)), ~0u, XCB_IMAGE_FORMAT_Z_PIXMAP,
+                                           lease->segment, std::uint32_t(slotOf(piece))));
+    };
+    while (pieces.size() < qMin(plan.count, sharedPieceSlots))
+        askFor(pieces.size());
+    bool complete = true;
+    for (std::size_t i = 0; i < plan.count; ++i) {
+        if (!complete) {
+            xcb_discard_reply(c, pieces[i].sequence);
+            continue;
+        }
+        xcb_generic_error_t *error = nullptr;
+        auto written = reply(xcb_shm_get_image_reply(c, pieces[i], &error));
+        if (error || !written) {
+            std::free(error);
+            complete = false;
+            continue;
+        }
+        copyPieceOpaque(lease->data + slotOf(i), result, plan, i);
+        // Its slot is free again only now.
+        if (pieces.size() < plan.count)
+            askFor(pieces.size());
+    }
+    if (!complete)
+        return std::nullopt;
+    return result;
 }
 
 bool CaptureService::canRender(xcb_connection_t *c)
@@ -319,29 +426,38 @@ bool CaptureService::renderInto(xcb_connection_t *c, const ShmSegmentPool::Lease
 
 std::optional<QImage> CaptureService::grabPlain(xcb_connection_t *c, unsigned root, const QRect &rect)
 {
-    xcb_generic_error_t *error = nullptr;
-    auto image = reply(xcb_get_image_reply(
-        c,
-        xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, root, std::int16_t(rect.x()), std::int16_t(rect.y()),
-                      std::uint16_t(rect.width()), std::uint16_t(rect.height()), ~0u),
-        &error));
-    if (error || !image) {
-        std::free(error);
+    QImage result = HugePageImage::allocate(rect.size(), QImage::Format_RGB32);
+    if (result.isNull())
         return std::nullopt;
+    const PiecePlan plan(rect, socketPieceBytes);
+    std::vector<xcb_get_image_cookie_t> pieces;
+    pieces.reserve(plan.count);
+    const auto askFor = [&](std::size_t piece) {
+        pieces.push_back(xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, root, std::int16_t(rect.x()),
+                                       std::int16_t(rect.y() + plan.top(piece)), std::uint16_t(rect.width()),
+                                       std::uint16_t(plan.rows(piece)), ~0u));
+    };
+    while (pieces.size() < qMin(plan.count, socketPiecesInFlight))
+        askFor(pieces.size());
+    bool complete = true;
+    for (std::size_t i = 0; i < plan.count; ++i) {
+        if (complete && pieces.size() < plan.count)
+            askFor(pieces.size());
+        if (!complete) {
+            xcb_discard_reply(c, pieces[i].sequence);
+            continue;
+        }
+        xcb_generic_error_t *error = nullptr;
+        auto piece = reply(xcb_get_image_reply(c, pieces[i], &error));
+        if (error || !piece || std::size_t(xcb_get_image_data_length(piece.get())) < plan.bytes(i)) {
+            std::free(error);
+            complete = false;
+            continue;
+        }
+        copyPieceOpaque(xcb_get_image_data(piece.get()), result, plan, i);
     }
-    const int length = xcb_get_image_data_length(image.get());
-    const qsizetype bytesPerLine = qsizetype(rect.width()) * 4;
-    if (length < bytesPerLine * rect.height())
+    if (!complete)
         return std::nullopt;
-    QImage result(rect.width(), rect.height(), QImage::Format_RGB32);
-    const auto *data = reinterpret_cast<const std::uint32_t *>(xcb_get_image_data(image.get()));
-    // Copied and made opaque in one pass over the pixels.
-    for (int y = 0; y < rect.height(); ++y) {
-        const std::uint32_t *from = data + qsizetype(y) * rect.width();
-        auto *to = reinterpret_cast<std::uint32_t *>(result.scanLine(y));
-        for (int x = 0; x < rect.width(); ++x)
-            to[x] = from[x] | 0xff000000u;
-    }
     return result;
 }
 

@@ -18,8 +18,10 @@ struct xcb_connection_t;
 
 // Frozen pictures of displays on an X server: the root window's pixels under
 // a display's rectangle, written by the server straight into shared memory
-// that is kept from one capture to the next, and read with a plain GetImage
-// where the server cannot share memory with us.
+// that is kept from one capture to the next (made ready ahead for large
+// displays; without such a block, a large display is written piece by piece
+// through a small one), and sent through the socket in pieces where the server
+// cannot share memory with us.
 //
 // The service holds its own connection, so shots can run on a worker thread
 // without touching the GUI's.
@@ -60,12 +62,19 @@ public:
     bool hasDesktopWindows();
 
 private:
-    // grab(), without falling back to GetImage unless `plainAllowed`.
+    // grab() when `plainAllowed`: a kept block, a new small one, or the
+    // socket. Otherwise shared memory only, with a new block of any size, as
+    // making blocks ready ahead wants.
     QImage grab(const QRect &rect, bool plainAllowed);
     // grab() for a display: a display that is not on the desktop, or a
     // picture the server refuses, fails with the display's own text.
     QImage grabDisplay(std::uint32_t displayID, const std::optional<QRect> &rect);
-    std::optional<QImage> grabShared(xcb_connection_t *c, const QRect &rect);
+    std::optional<QImage> grabShared(xcb_connection_t *c, const QRect &rect, ShmSegmentPool::Making making);
+    // The whole picture written into one lent block, which it then lives in.
+    std::optional<QImage> grabIntoBlock(xcb_connection_t *c, const QRect &rect, const ShmSegmentPool::Lease &lease);
+    // A large picture with no kept block to fit it: written piece by piece
+    // into a small block and copied out into memory of its own.
+    std::optional<QImage> grabSharedInPieces(xcb_connection_t *c, const QRect &rect);
     std::optional<QImage> grabPlain(xcb_connection_t *c, unsigned root, const QRect &rect);
     // Whether the server can draw the root into a 32-bit picture of ours; the
     // formats it needs are asked once per connection.

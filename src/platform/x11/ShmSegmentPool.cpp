@@ -106,7 +106,8 @@ void ShmSegmentPool::releaseFree(xcb_connection_t *c, quint64 generation)
     m_blocks.erase(std::remove_if(m_blocks.begin(), m_blocks.end(), free), m_blocks.end());
 }
 
-std::optional<ShmSegmentPool::Lease> ShmSegmentPool::lend(xcb_connection_t *c, quint64 generation, std::size_t bytes)
+std::optional<ShmSegmentPool::Lease> ShmSegmentPool::lend(xcb_connection_t *c, quint64 generation, std::size_t bytes,
+                                                          Making making)
 {
     ++m_lends;
     // The snuggest free block, so a small display does not take the block of a
@@ -120,6 +121,8 @@ std::optional<ShmSegmentPool::Lease> ShmSegmentPool::lend(xcb_connection_t *c, q
             chosen = &block;
     }
     if (chosen && !attach(c, generation, *chosen))
+        return std::nullopt;
+    if (!chosen && making == Making::keptOnly)
         return std::nullopt;
     if (!chosen) {
         // Blocks too small for this display will not fit it later either: a

@@ -43,11 +43,17 @@ public:
     ShmSegmentPool(const ShmSegmentPool &) = delete;
     ShmSegmentPool &operator=(const ShmSegmentPool &) = delete;
 
-    // A free block of at least `bytes` and at most twice that, else a new one,
-    // attached to the server on `c`; `generation` tells a new connection from
-    // the one an older block was attached on. Absent when the system gives no
-    // shared memory or the server cannot attach ours (a remote server).
-    std::optional<Lease> lend(xcb_connection_t *c, quint64 generation, std::size_t bytes);
+    // Whether a new block may be made when no kept one fits.
+    enum class Making { allowed, keptOnly };
+
+    // A free block of at least `bytes` and at most twice that, else a new one
+    // (unless `making` is keptOnly), attached to the server on `c`;
+    // `generation` tells a new connection from the one an older block was
+    // attached on. Absent when the system gives no shared memory, the server
+    // cannot attach ours (a remote server), or no kept block fits and none may
+    // be made.
+    std::optional<Lease> lend(xcb_connection_t *c, quint64 generation, std::size_t bytes,
+                              Making making = Making::allowed);
 
     // The lent block as a read-only picture of `size` in `format`, rows
     // packed. The block comes back when the picture and all its copies are

@@ -383,3 +383,116 @@ TEST_F(CaptureServiceTest, PicturesOfTwoDisplaysJoinAcrossTheSeam)
     EXPECT_EQ(qAlpha(joined.image.pixel(219, 120)), 255);
     EXPECT_EQ(qAlpha(joined.image.pixel(220, 120)), 0);
 }
+
+namespace {
+
+// A display too large for a capture to make a shared block of its own
+// (1280x1024 is 5 MiB), each row of it in a colour of its own, so that a row
+// of the picture out of place, missing or doubled where the pieces it is sent
+// in through the socket meet, shows.
+class LargeDisplayCaptureTest : public ::testing::Test
+{
+protected:
+    static constexpr QSize size{1280, 1024};
+
+    static QRgb rowColour(int y) { return qRgb(y & 0xff, y >> 8, 77); }
+
+    void SetUp() override
+    {
+        server = std::make_unique<XvfbServer>(size);
+        if (!server->isRunning())
+            GTEST_SKIP() << server->reason().toStdString();
+        painter = std::make_unique<RootPainter>(server->display());
+        ASSERT_TRUE(painter->ok());
+        for (int y = 0; y < size.height(); ++y)
+            painter->fill(QRect(0, y, size.width(), 1), rowColour(y));
+        painter->fill(QRect(1279, 818, 1, 1), qRgb(0, 0, 255));
+        painter->sync();
+        service = std::make_unique<CaptureService>(server->display(), [](std::uint32_t id) -> std::optional<QRect> {
+            return id == 1 ? std::optional<QRect>(QRect(QPoint(0, 0), size)) : std::nullopt;
+        });
+    }
+
+    static void expectPaintedPixels(const QImage &image, QPoint origin = {})
+    {
+        EXPECT_EQ(image.format(), QImage::Format_RGB32);
+        for (int y = 0; y < image.height(); ++y) {
+            ASSERT_EQ(image.pixel(0, y), rowColour(origin.y() + y)) << "row " << y;
+            const QPoint marker = QPoint(1279, 818) - origin;
+            if (y != marker.y())
+                ASSERT_EQ(image.pixel(image.width() - 1, y), rowColour(origin.y() + y)) << "row " << y;
+            else
+                ASSERT_EQ(image.pixel(marker.x(), y), qRgb(0, 0, 255));
+            const auto *line = reinterpret_cast<const std::uint32_t *>(image.constScanLine(y));
+            for (int x = 0; x < image.width(); ++x)
+                ASSERT_EQ(line[x] >> 24, 0xffu) << x << "," << y;
+        }
+    }
+
+    std::unique_ptr<XvfbServer> server;
+    std::unique_ptr<RootPainter> painter;
+    std::unique_ptr<CaptureService> service;
+};
+
+} // namespace
+
+TEST_F(LargeDisplayCaptureTest, WithoutABlockMadeAheadThePictureComesInPiecesThroughOneSmallBlock)
+{
+    for (int i = 0; i < 2; ++i) {
+        const QImage image = service->captureDisplay(1).result();
+        ASSERT_EQ(image.size(), size);
+        expectPaintedPixels(image);
+    }
+    // One block for the pieces, far smaller than the picture, and kept for
+    // the next capture.
+    EXPECT_EQ(service->sharedBlocksMade(), 1);
+    EXPECT_EQ(service->sharedBlockCount(), 1);
+    service->releaseKeptMemory();
+    EXPECT_EQ(service->sharedBlockCount(), 0);
+}
+
+TEST_F(LargeDisplayCaptureTest, WithoutSharedMemoryThePictureComesInPiecesThroughTheSocket)
+{
+    service->setSharedMemoryAllowed(false);
+    const QImage image = service->captureDisplay(1).result();
+    ASSERT_EQ(image.size(), size);
+    expectPaintedPixels(image);
+    EXPECT_EQ(service->sharedBlocksMade(), 0);
+}
+
+TEST_F(LargeDisplayCaptureTest, ABlockMadeAheadServesTheCapture)
+{
+    service->prepare({QRect(QPoint(0, 0), size)}).waitForFinished();
+    ASSERT_EQ(service->sharedBlocksMade(), 1);
+    const QImage image = service->captureDisplay(1).result();
+    ASSERT_EQ(image.size(), size);
+    expectPaintedPixels(image);
+    EXPECT_EQ(service->sharedBlocksMade(), 1);
+}
+
+TEST_F(LargeDisplayCaptureTest, ThePictureThroughTheSocketIsFrozenAndWritable)
+{
+    QImage image = service->captureDisplay(1).result();
+    painter->fill(QRect(0, 0, 10, 10), qRgb(1, 2, 3));
+    painter->sync();
+    EXPECT_EQ(image.pixel(0, 0), rowColour(0));
+    image.setPixel(5, 5, qRgb(9, 9, 9));
+    EXPECT_EQ(image.pixel(5, 5), qRgb(9, 9, 9));
+    EXPECT_EQ(service->captureDisplay(1).result().pixel(0, 0), qRgb(1, 2, 3));
+}
+
+TEST_F(LargeDisplayCaptureTest, APieceOfTheRootThatIsNotWholeRowsComesOutWhole)
+{
+    // A display beside another, still too large for a block of its own: every
+    // row of the piece is shorter than the root's.
+    auto right = std::make_unique<CaptureService>(server->display(), [](std::uint32_t) -> std::optional<QRect> {
+        return QRect(180, 24, 1100, 1000);
+    });
+    for (const bool shared : {true, false}) {
+        right->setSharedMemoryAllowed(shared);
+        const QImage image = right->captureDisplay(1).result();
+        ASSERT_EQ(image.size(), QSize(1100, 1000));
+        expectPaintedPixels(image, QPoint(180, 24));
+    }
+    EXPECT_EQ(right->sharedBlocksMade(), 1);
+}

@@ -124,3 +124,22 @@ TEST_F(ShmSegmentPoolTest, ANewConnectionAttachesTheKeptBlockAgain)
     EXPECT_EQ(error, nullptr);
     std::free(error);
 }
+
+TEST_F(ShmSegmentPoolTest, KeptOnlyLendsAFreeKeptBlockAndNeverMakesOne)
+{
+    EXPECT_FALSE(pool.lend(c, 1, 4096, ShmSegmentPool::Making::keptOnly));
+    EXPECT_EQ(pool.blocksMade(), 0);
+    uchar *kept = nullptr;
+    {
+        auto lease = pool.lend(c, 1, 4096);
+        ASSERT_TRUE(lease);
+        kept = lease->data;
+        // Lent now: not there for another.
+        EXPECT_FALSE(pool.lend(c, 1, 4096, ShmSegmentPool::Making::keptOnly));
+    }
+    auto again = pool.lend(c, 1, 4096, ShmSegmentPool::Making::keptOnly);
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->data, kept);
+    EXPECT_FALSE(pool.lend(c, 1, 3 * 4096, ShmSegmentPool::Making::keptOnly));
+    EXPECT_EQ(pool.blocksMade(), 1);
+}
