@@ -6,9 +6,10 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# The history loads libavformat when it first reads a video's length, so
-# dpkg-shlibdeps, which sees only linked libraries, can't find it.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libavformat59")
+# The history loads libavformat when it first reads a video's length, and
+# libheif is loaded when a HEIC is first written or read, so dpkg-shlibdeps,
+# which sees only linked libraries, can't find them.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libavformat59, libheif1")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 # The session bus lets copies find each other; the fonts are the faces the

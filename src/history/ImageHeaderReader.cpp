@@ -1,7 +1,7 @@
 #include "history/ImageHeaderReader.h"
 
 #include "history/HeaderFile.h"
-#include "history/MediaLibraries.h"
+#include "output/HeifLibrary.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -16,11 +16,11 @@ namespace {
 const QSize unknown(0, 0);
 
 struct HeifContextDeleter {
-    const MediaLibraries::Heif *heif;
+    const HeifLibrary *heif;
     void operator()(heif_context *context) const { heif->contextFree(context); }
 };
 struct HeifHandleDeleter {
-    const MediaLibraries::Heif *heif;
+    const HeifLibrary *heif;
     void operator()(heif_image_handle *handle) const { heif->imageHandleRelease(handle); }
 };
 
@@ -75,7 +75,7 @@ QSize heicSize(const QString &path)
     HeaderFile file(path);
     if (!file.isOpen())
         return unknown;
-    const MediaLibraries::Heif *heif = MediaLibraries::heif();
+    const HeifLibrary *heif = HeifLibrary::loaded();
     if (!heif)
         return unknown;
     std::unique_ptr<heif_context, HeifContextDeleter> context(heif->contextAlloc(), HeifContextDeleter{heif});

@@ -1,13 +1,12 @@
 #include "output/ImageEncoder.h"
 
 #include "appbase/AppError.h"
+#include "output/HeifLibrary.h"
 
 #include <QBuffer>
 #include <QColorSpace>
 #include <QImageWriter>
 #include <QPainter>
-
-#include <libheif/heif.h>
 
 #include <cstring>
 #include <memory>
@@ -54,39 +53,42 @@ heif_error appendBytes(heif_context *, const void *data, size_t size, void *user
 
 QByteArray heic(const QImage &source)
 {
+    const HeifLibrary *heif = HeifLibrary::loaded();
+    if (!heif)
+        throw AppError::fileIOFailed(QStringLiteral("HEIC encoder create failed: libheif could not be loaded"));
     const bool alpha = source.hasAlphaChannel();
     const QImage image = source.convertToFormat(alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
-    std::unique_ptr<heif_context, decltype(&heif_context_free)> context(heif_context_alloc(), &heif_context_free);
+    std::unique_ptr<heif_context, decltype(heif->contextFree)> context(heif->contextAlloc(), heif->contextFree);
     if (!context)
         throw AppError::fileIOFailed(QStringLiteral("HEIC encoder create failed"));
     heif_encoder *rawEncoder = nullptr;
-    heif_error error = heif_context_get_encoder_for_format(context.get(), heif_compression_HEVC, &rawEncoder);
+    heif_error error = heif->contextGetEncoderForFormat(context.get(), heif_compression_HEVC, &rawEncoder);
     if (error.code != heif_error_Ok)
         heifFailed("HEIC encoder create failed", error);
-    std::unique_ptr<heif_encoder, decltype(&heif_encoder_release)> encoder(rawEncoder, &heif_encoder_release);
-    heif_encoder_set_lossy_quality(encoder.get(), lossyQuality);
+    std::unique_ptr<heif_encoder, decltype(heif->encoderRelease)> encoder(rawEncoder, heif->encoderRelease);
+    heif->encoderSetLossyQuality(encoder.get(), lossyQuality);
 
     heif_image *rawImage = nullptr;
-    error = heif_image_create(image.width(), image.height(), heif_colorspace_RGB,
+    error = heif->imageCreate(image.width(), image.height(), heif_colorspace_RGB,
                               alpha ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB, &rawImage);
     if (error.code != heif_error_Ok)
         heifFailed("HEIC image create failed", error);
-    std::unique_ptr<heif_image, decltype(&heif_image_release)> picture(rawImage, &heif_image_release);
-    error = heif_image_add_plane(picture.get(), heif_channel_interleaved, image.width(), image.height(), 8);
+    std::unique_ptr<heif_image, decltype(heif->imageRelease)> picture(rawImage, heif->imageRelease);
+    error = heif->imageAddPlane(picture.get(), heif_channel_interleaved, image.width(), image.height(), 8);
     if (error.code != heif_error_Ok)
         heifFailed("HEIC image create failed", error);
     int stride = 0;
-    uint8_t *plane = heif_image_get_plane(picture.get(), heif_channel_interleaved, &stride);
+    uint8_t *plane = heif->imageGetPlane(picture.get(), heif_channel_interleaved, &stride);
     const std::size_t rowBytes = std::size_t(image.width()) * (alpha ? 4 : 3);
     for (int y = 0; y < image.height(); ++y)
         std::memcpy(plane + std::size_t(y) * std::size_t(stride), image.constScanLine(y), rowBytes);
 
-    error = heif_context_encode_image(context.get(), picture.get(), encoder.get(), nullptr, nullptr);
+    error = heif->contextEncodeImage(context.get(), picture.get(), encoder.get(), nullptr, nullptr);
     if (error.code != heif_error_Ok)
         heifFailed("image finalize failed", error);
     QByteArray bytes;
     heif_writer writer{1, &appendBytes};
-    error = heif_context_write(context.get(), &writer, &bytes);
+    error = heif->contextWrite(context.get(), &writer, &bytes);
     if (error.code != heif_error_Ok)
         heifFailed("image finalize failed", error);
     return bytes;
