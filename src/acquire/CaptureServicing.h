@@ -20,4 +20,9 @@ public:
     // Lets go of memory kept to make the next capture quicker; called once
     // captures have stopped for a while, so an idle copy stays small.
     virtual void releaseKeptMemory() {}
+    // Makes ready the memory that the captures since the last call had to do
+    // without, so that a quick next capture finds it; called when a capture's
+    // flow has ended, where the work delays no one. The future finishes when
+    // the memory is ready.
+    virtual QFuture<void> keepMemoryReady() { return {}; }
 };

@@ -45,7 +45,11 @@ CaptureCoordinator::CaptureCoordinator(Parts parts, QObject *parent) : QObject(p
         m_parts.capture.releaseKeptMemory();
         FreeMemory::returnToSystem();
     });
-    connect(this, &CaptureCoordinator::regionFlowEnded, &m_releaseMemory, qOverload<>(&QTimer::start));
+    connect(this, &CaptureCoordinator::regionFlowEnded, this, [this] {
+        if (!m_isCapturing)
+            m_parts.capture.keepMemoryReady();
+        m_releaseMemory.start();
+    });
     m_releaseMemory.start();
 }
 

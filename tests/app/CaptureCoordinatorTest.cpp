@@ -45,6 +45,12 @@ struct FakeCapture : CaptureServicing {
     QList<std::uint32_t> hidingCalls;
     int releases = 0;
     void releaseKeptMemory() override { ++releases; }
+    int readyings = 0;
+    QFuture<void> keepMemoryReady() override
+    {
+        ++readyings;
+        return {};
+    }
     QFuture<QImage> captureDisplay(std::uint32_t id) override
     {
         plainCalls << id;
@@ -314,6 +320,16 @@ TEST_F(CaptureCoordinatorTest, CaptureMemoryIsLetGoOnceCapturesHaveStopped)
     EXPECT_FALSE(waitUntil([&] { return capture.releases > 1; }, 150));
     selector.finish(RegionResult::cancelled());
     EXPECT_TRUE(waitUntil([&] { return capture.releases == 2; }));
+}
+
+TEST_F(CaptureCoordinatorTest, MemoryTheCaptureWentWithoutIsMadeReadyOnceItsFlowHasEnded)
+{
+    FakeSelector &selector = startOverlay();
+    EXPECT_EQ(capture.readyings, 0);
+    selector.finish(RegionResult::cancelled());
+    EXPECT_EQ(capture.readyings, 1);
+    startOverlay().finish(RegionResult::area(QRectF(0, 0, 50, 50), selectors.last()->snapshots));
+    EXPECT_EQ(capture.readyings, 2);
 }
 
 TEST_F(CaptureCoordinatorTest, ACaptureFromTheEditorKeepsTheWindowBeforeIt)

@@ -14,6 +14,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 Q_LOGGING_CATEGORY(lcCaptureService, "glimpso.CaptureService")
@@ -134,11 +135,16 @@ CaptureService::CaptureService(QByteArray displayName, DisplayLocator locator)
 }
 
 // A preparation still running uses this service.
-CaptureService::~CaptureService() { m_prepared.waitForFinished(); }
+CaptureService::~CaptureService()
+{
+    for (QFuture<void> &preparation : m_preparing)
+        preparation.waitForFinished();
+}
 
 QFuture<void> CaptureService::prepare(QList<QRect> rects)
 {
-    m_prepared = QtConcurrent::run([this, rects] {
+    m_preparing.removeIf([](const QFuture<void> &preparation) { return preparation.isFinished(); });
+    QFuture<void> preparation = QtConcurrent::run([this, rects] {
         // All held until each display has its own block.
         QList<QImage> held;
         for (const QRect &rect : rects) {
@@ -158,7 +164,21 @@ QFuture<void> CaptureService::prepare(QList<QRect> rects)
                 (void)bytes[i];
         }
     });
-    return m_prepared;
+    m_preparing << preparation;
+    return preparation;
+}
+
+QFuture<void> CaptureService::keepMemoryReady()
+{
+    QList<QRect> wanted;
+    {
+        QMutexLocker lock(&m_mutex);
+        wanted = std::exchange(m_wanted, {});
+    }
+    if (wanted.isEmpty())
+        return {};
+    qCDebug(lcCaptureService, "making %d block(s) ready after captures in pieces", int(wanted.size()));
+    return prepare(wanted);
 }
 
 void CaptureService::setSharedMemoryAllowed(bool allowed)
@@ -303,6 +323,9 @@ std::optional<QImage> CaptureService::grabIntoBlock(xcb_connection_t *c, const Q
 
 std::optional<QImage> CaptureService::grabSharedInPieces(xcb_connection_t *c, const QRect &rect)
 {
+    qCDebug(lcCaptureService, "snapshot of %dx%d in pieces: no kept block fits", rect.width(), rect.height());
+    if (!m_wanted.contains(rect))
+        m_wanted << rect;
     const PiecePlan plan(rect, sharedPieceBytes);
     const std::size_t slotBytes = plan.bytes(0);
     const auto lease = m_pool.lend(c, m_x.generation(), slotBytes * sharedPieceSlots);

@@ -45,6 +45,9 @@ public:
     QFuture<void> prepare(QList<QRect> rects);
     QFuture<QImage> captureDisplayHidingDesktopIcons(std::uint32_t displayID, double scale) override;
     void releaseKeptMemory() override;
+    // Makes blocks ready for the large displays captured in pieces since the
+    // last call.
+    QFuture<void> keepMemoryReady() override;
 
     // Tests use these to drive the other routes on a server that has them all:
     // without shared memory, GetImage; without server-side drawing, the
@@ -90,7 +93,10 @@ private:
 
     X11Connection m_x;
     DisplayLocator m_locator;
-    QFuture<void> m_prepared;
+    // Preparations under way; the service waits for them before it goes.
+    QList<QFuture<void>> m_preparing;
+    // Large displays captured in pieces, for want of a block.
+    QList<QRect> m_wanted;
     QMutex m_mutex;
     ShmSegmentPool m_pool;
     RenderFormats m_render;

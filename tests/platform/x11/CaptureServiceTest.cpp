@@ -451,6 +451,22 @@ TEST_F(LargeDisplayCaptureTest, WithoutABlockMadeAheadThePictureComesInPiecesThr
     EXPECT_EQ(service->sharedBlockCount(), 0);
 }
 
+TEST_F(LargeDisplayCaptureTest, ABlockIsMadeReadyAfterACaptureInPiecesAndServesTheNext)
+{
+    EXPECT_TRUE(service->keepMemoryReady().isFinished());
+    service->captureDisplay(1).result();
+    ASSERT_EQ(service->sharedBlocksMade(), 1); // the small one
+    service->keepMemoryReady().waitForFinished();
+    EXPECT_EQ(service->sharedBlocksMade(), 2);
+    const QImage image = service->captureDisplay(1).result();
+    ASSERT_EQ(image.size(), size);
+    expectPaintedPixels(image);
+    EXPECT_EQ(service->sharedBlocksMade(), 2);
+    // Nothing more wanted: nothing more made.
+    service->keepMemoryReady().waitForFinished();
+    EXPECT_EQ(service->sharedBlocksMade(), 2);
+}
+
 TEST_F(LargeDisplayCaptureTest, WithoutSharedMemoryThePictureComesInPiecesThroughTheSocket)
 {
     service->setSharedMemoryAllowed(false);
