@@ -39,7 +39,8 @@ QImage HugePageImage::allocate(QSize size, QImage::Format format)
 {
     const qsizetype bytesPerLine = qsizetype(size.width()) * 4;
     const std::size_t used = std::size_t(bytesPerLine) * std::size_t(qMax(0, size.height()));
-    if (used == 0 || QImage::toPixelFormat(format).bitsPerPixel() != 32)
+    // A picture smaller than one huge page would take a whole one.
+    if (used < hugePage || QImage::toPixelFormat(format).bitsPerPixel() != 32)
         return QImage(size, format);
     const std::size_t bytes = (used + hugePage - 1) & ~(hugePage - 1);
     void *address = mapAligned(bytes);

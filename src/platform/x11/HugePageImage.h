@@ -11,7 +11,9 @@ class HugePageImage
 {
 public:
     // An image of `size` in `format` with rows packed, its memory given back to
-    // the system when the last copy goes. Falls back to an ordinary QImage
-    // where no memory of its own can be mapped; null only when neither can.
+    // the system when the last copy goes. An ordinary QImage for a picture
+    // smaller than one huge page (2 MiB), for formats of other than four bytes
+    // a pixel, and where no memory of its own can be mapped; null only when
+    // neither can be had.
     static QImage allocate(QSize size, QImage::Format format);
 };

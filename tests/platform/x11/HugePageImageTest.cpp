@@ -35,6 +35,16 @@ TEST(HugePageImage, AFormatOfOtherThanFourBytesAPixelIsAnOrdinaryImage)
     EXPECT_EQ(image.format(), QImage::Format_RGB888);
 }
 
+TEST(HugePageImage, APictureSmallerThanAHugePageIsAnOrdinaryWritableImage)
+{
+    QImage image = HugePageImage::allocate(QSize(300, 200), QImage::Format_RGB32);
+    ASSERT_FALSE(image.isNull());
+    EXPECT_EQ(image.size(), QSize(300, 200));
+    EXPECT_EQ(image.bytesPerLine(), 300 * 4);
+    image.fill(qRgb(4, 5, 6));
+    EXPECT_EQ(image.pixel(299, 199), qRgb(4, 5, 6));
+}
+
 TEST(HugePageImage, AnEmptySizeIsANullImage)
 {
     EXPECT_TRUE(HugePageImage::allocate(QSize(0, 10), QImage::Format_RGB32).isNull());
