@@ -345,8 +345,10 @@ std::optional<QImage> CaptureService::grabSharedInPieces(xcb_connection_t *c, co
     };
     while (pieces.size() < qMin(plan.count, sharedPieceSlots))
         askFor(pieces.size());
+    // After a failed piece no more are asked for; those already asked for
+    // are let go.
     bool complete = true;
-    for (std::size_t i = 0; i < plan.count; ++i) {
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
         if (!complete) {
             xcb_discard_reply(c, pieces[i].sequence);
             continue;
@@ -462,8 +464,10 @@ std::optional<QImage> CaptureService::grabPlain(xcb_connection_t *c, unsigned ro
     };
     while (pieces.size() < qMin(plan.count, socketPiecesInFlight))
         askFor(pieces.size());
+    // After a failed piece no more are asked for; those already asked for
+    // are let go.
     bool complete = true;
-    for (std::size_t i = 0; i < plan.count; ++i) {
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
         if (complete && pieces.size() < plan.count)
             askFor(pieces.size());
         if (!complete) {
