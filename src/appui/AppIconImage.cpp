@@ -1,10 +1,10 @@
 #include "appui/AppIconImage.h"
 
+#include "appui/Lucide.h"
+
+#include <QFile>
 #include <QPaintDevice>
 #include <QPainter>
-#include <QSvgRenderer>
-
-#include <cmath>
 
 AppIconImage::AppIconImage(int size, QWidget *parent)
     : QWidget(parent)
@@ -20,17 +20,9 @@ QString AppIconImage::resourcePath()
 
 QImage AppIconImage::image(int size, qreal devicePixelRatio)
 {
-    const int side = std::max(1, int(std::lround(size * devicePixelRatio)));
-    QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
-    image.setDevicePixelRatio(devicePixelRatio);
-    QSvgRenderer renderer(resourcePath());
-    if (!renderer.isValid())
-        return image;
-    QPainter painter(&image);
-    painter.setRenderHint(QPainter::Antialiasing);
-    renderer.render(&painter, QRectF(0, 0, size, size));
-    return image;
+    QFile file(resourcePath());
+    // Drawn as the icon set draws its icons; a missing file gives a clear image.
+    return Lucide::render(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray(), size, devicePixelRatio);
 }
 
 void AppIconImage::paintEvent(QPaintEvent *)

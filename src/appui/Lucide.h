@@ -40,6 +40,8 @@ public:
     static QByteArray svgDocument(const QByteArray &elements, qreal size, qreal stroke);
     // The drawable elements of a Lucide SVG file: everything inside <svg>.
     static QByteArray elementsOf(const QByteArray &svgFile);
+    // Any SVG document drawn anti-aliased into a clear image of `size` points
+    // at `devicePixelRatio`; clear when the document can't be read.
     static QImage render(const QByteArray &svgDocument, qreal size, qreal devicePixelRatio);
 
 private:
