@@ -4,7 +4,7 @@
 #include "annotation/AnnotationRenderer.h"
 #include "annotation/DrawingRules.h"
 #include "overlay/SelectionCanvas.h"
-#include "SettingsFakes.h"
+#include "ViewHarness.h"
 #include "settings/AppSettings.h"
 
 #include <gtest/gtest.h>
@@ -25,25 +25,6 @@ ScreenSnapshot redBlue()
     return {1, image, QRectF(0, 0, 200, 100), 1.0};
 }
 
-struct ViewHarness {
-    explicit ViewHarness(ScreenSnapshot snapshot = redBlue())
-        : settings(storage, login),
-          canvas({snapshot}, CaptureIntent::image, settings, [this](const RegionResult &r) { results << r; }),
-          view(&canvas, snapshot, DesktopSpace(snapshot.frame.toRect()), snapshot.frame.toRect(),
-               OverlayLook::make("#000000", 0.5, "#EBEBEB", CaptureIntent::image))
-    {
-        canvas.addSurface(&view);
-    }
-    QImage picture() { return view.grab().toImage().convertToFormat(QImage::Format_RGB32); }
-
-    QList<RegionResult> results;
-    MemorySettingsStorage storage;
-    InertLoginItem login;
-    AppSettings settings;
-    SelectionCanvas canvas;
-    SelectorView view;
-};
-
 int channelDistance(QRgb a, QRgb b)
 {
     return std::max({std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)), std::abs(qBlue(a) - qBlue(b))});
@@ -55,7 +36,7 @@ QRgb halfDimmed(QRgb c) { return qRgb(qRed(c) / 2, qGreen(c) / 2, qBlue(c) / 2);
 
 TEST(SelectorView, GlobalPointsMapToTheWindowWithYDown)
 {
-    ViewHarness h;
+    ViewHarness h(redBlue());
     // The display's top left is the global point (0, 100).
     EXPECT_EQ(h.view.toLocal(QPointF(0, 100)), QPointF(0, 0));
     EXPECT_EQ(h.view.toLocal(QPointF(42, 83)), QPointF(42, 17));
@@ -64,7 +45,7 @@ TEST(SelectorView, GlobalPointsMapToTheWindowWithYDown)
 
 TEST(SelectorView, BeforeADragTheWholeFrozenScreenIsDimmed)
 {
-    ViewHarness h;
+    ViewHarness h(redBlue());
     const QImage shot = h.picture();
     EXPECT_LE(channelDistance(shot.pixel(10, 90), halfDimmed(qRgb(200, 30, 40))), 1);
     EXPECT_LE(channelDistance(shot.pixel(150, 90), halfDimmed(qRgb(10, 120, 250))), 1);
@@ -73,7 +54,7 @@ TEST(SelectorView, BeforeADragTheWholeFrozenScreenIsDimmed)
 
 TEST(SelectorView, TheSelectionShowsTheFrozenScreenPixelForPixel)
 {
-    ViewHarness h;
+    ViewHarness h(redBlue());
     // Local (30..80, 10..40) is global (30..80, 60..90).
     h.canvas.mouseDown({30, 90});
     h.canvas.mouseDragged({80, 60}, Qt::NoModifier);
@@ -91,7 +72,7 @@ TEST(SelectorView, TheSelectionShowsTheFrozenScreenPixelForPixel)
 
 TEST(SelectorView, TheHintStaysDuringTheFirstDragAndGoesOnceArmed)
 {
-    ViewHarness h;
+    ViewHarness h(redBlue());
     h.canvas.mouseDown({30, 90});
     h.canvas.mouseDragged({80, 60}, Qt::NoModifier);
     EXPECT_TRUE(h.view.hintShown());
@@ -103,7 +84,7 @@ TEST(SelectorView, TheHintStaysDuringTheFirstDragAndGoesOnceArmed)
 
 TEST(SelectorView, TheHandlesAreDrawnInTheAccentColour)
 {
-    ViewHarness h;
+    ViewHarness h(redBlue());
     h.canvas.mouseDown({30, 90});
     h.canvas.mouseUp({80, 60});
     ASSERT_TRUE(h.canvas.isArmed());
@@ -114,7 +95,7 @@ TEST(SelectorView, TheHandlesAreDrawnInTheAccentColour)
 
 TEST(SelectorView, TheBadgeShowsThePixelSize)
 {
-    ViewHarness h;
+    ViewHarness h(redBlue());
     h.canvas.mouseDown({30, 90});
     h.canvas.mouseDragged({80, 60}, Qt::NoModifier);
     EXPECT_EQ(h.view.badgeText(), QStringLiteral("50 × 30"));
@@ -143,7 +124,7 @@ TEST(SelectorView, ADragRepaintsOnlyAroundTheChangedEdges)
 
 TEST(SelectorView, HostsTheTextFieldWithRectanglesMappedToTheWindow)
 {
-    ViewHarness h;
+    ViewHarness h(redBlue());
     const std::optional<glimpso::TextHost> host = h.canvas.textHost(QPointF(42, 83));
     ASSERT_TRUE(host);
     EXPECT_EQ(host->host, static_cast<glimpso::TextEntryHost *>(&h.view));

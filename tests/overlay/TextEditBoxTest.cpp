@@ -1,7 +1,7 @@
 #include "overlay/TextEditBox.h"
 
 #include "EventLoopWait.h"
-#include "SettingsFakes.h"
+#include "ViewHarness.h"
 #include "annotation/Handle.h"
 #include "annotation/TextLook.h"
 #include "overlay/EmojiPicker.h"
@@ -58,14 +58,9 @@ TEST(TextEditBox, APressFindsItsPartInOrderAndNothingInsideTheFrame)
 namespace {
 
 // An 800×500 display with the whole of it selected and the text tool chosen.
-struct Overlay {
-    Overlay()
-        : settings(storage, login),
-          canvas({snapshot()}, CaptureIntent::image, settings, [this](const RegionResult &r) { results << r; }),
-          view(&canvas, snapshot(), DesktopSpace(QRect(0, 0, 800, 500)), QRect(0, 0, 800, 500),
-               OverlayLook::make("#000000", 0.5, "#3478F6", CaptureIntent::image))
+struct Overlay : ViewHarness {
+    Overlay() : ViewHarness(snapshot(), QStringLiteral("#3478F6"))
     {
-        canvas.addSurface(&view);
         view.show();
         canvas.mouseDown({0, 0});
         canvas.mouseUp({800, 500});
@@ -113,13 +108,6 @@ struct Overlay {
         send(QEvent::MouseButtonRelease, to, Qt::LeftButton, Qt::NoButton);
     }
     glimpso::AnnotationEditor &editor() { return canvas.editor(); }
-
-    QList<RegionResult> results;
-    MemorySettingsStorage storage;
-    InertLoginItem login;
-    AppSettings settings;
-    SelectionCanvas canvas;
-    SelectorView view;
 };
 
 QPointF centreOf(const QRectF &rect, const QWidget *in, const QWidget *view)
