@@ -1,0 +1,28 @@
+#include "videowriting/MediaHandles.h"
+
+#include "videowriting/VideoWriter.h"
+
+#include <system_error>
+
+extern "C" {
+#include <libavutil/error.h>
+}
+
+namespace videowriting {
+
+std::string mediaErrorText(int code)
+{
+    char text[AV_ERROR_MAX_STRING_SIZE] = {};
+    av_strerror(code, text, sizeof text);
+    return text;
+}
+
+void throwMediaError(const std::string &what, int code)
+{
+    // AVERROR(e) is -e for the errno values.
+    if (code < 0 && -code < 4096)
+        throw std::system_error(-code, std::generic_category(), what);
+    throw MediaError(what + ": " + mediaErrorText(code), code);
+}
+
+} // namespace videowriting
