@@ -1,6 +1,7 @@
 #include "videowriting/VideoWritingModule.h"
 
-#include <dlfcn.h>
+#include "videowriting/ModuleLoader.h"
+
 #include <mutex>
 #include <stdexcept>
 
@@ -13,20 +14,15 @@ const VideoWritingModule &VideoWritingModule::load(const std::filesystem::path &
     std::lock_guard guard(mutex);
     if (loaded)
         return *loaded;
-    const std::filesystem::path path = folder / fileName;
-    void *library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!library) {
-        const char *why = dlerror();
-        throw std::runtime_error("The video writer couldn't be loaded: " + std::string(why ? why : path.string()));
+    const VideoWritingEntry *entry = nullptr;
+    try {
+        entry = static_cast<const VideoWritingEntry *>(ModuleLoader::entry(folder / fileName, entryName));
+    } catch (const std::runtime_error &error) {
+        throw std::runtime_error(std::string("The video writer couldn't be loaded: ") + error.what());
     }
-    using EntryFunction = const VideoWritingEntry *(*)();
-    auto entryFunction = reinterpret_cast<EntryFunction>(dlsym(library, entryName));
-    const VideoWritingEntry *entry = entryFunction ? entryFunction() : nullptr;
-    if (!entry || entry->version != version) {
-        dlclose(library);
-        throw std::runtime_error("The video writer couldn't be loaded: " + path.string() +
+    if (!entry || entry->version != version)
+        throw std::runtime_error("The video writer couldn't be loaded: " + (folder / fileName).string() +
                                  " is of another version of glimpso");
-    }
     entry->setLogHandler(log);
     // Kept for the life of the process, like the library.
     loaded = new VideoWritingModule(entry);
