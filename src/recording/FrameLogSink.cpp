@@ -1,5 +1,7 @@
 #include "recording/FrameLogSink.h"
 
+#include "appbase/AppError.h"
+
 #include <QDir>
 #include <QImage>
 #include <QtConcurrent>
@@ -83,13 +85,18 @@ QFuture<QString> FrameLogSink::finish(double endTime)
     m_log.close();
     const QImage last = m_last;
     const QString folder = m_folder;
-    const QString logPath = m_log.fileName();
+    const qint64 frames = m_index;
     QThreadPool *pool = &m_writers;
-    return QtConcurrent::run([pool, last, folder, logPath] {
+    // What the recording hands on is a small summary; the log stays in the folder.
+    return QtConcurrent::run([pool, last, folder, frames, endTime] {
         pool->waitForDone();
         if (!last.isNull())
             last.save(QDir(folder).filePath(QStringLiteral("last.png")), "PNG", 1);
-        return logPath;
+        QFile summary(QDir(folder).filePath(QStringLiteral("summary.txt")));
+        if (!summary.open(QIODevice::WriteOnly | QIODevice::Truncate))
+            throw AppError::fileIOFailed(summary.errorString());
+        summary.write(QStringLiteral("frames: %1\nend: %2\n").arg(frames).arg(endTime, 0, 'f', 6).toUtf8());
+        return summary.fileName();
     });
 }
 
