@@ -155,6 +155,8 @@ void RecordingSession::beginStream()
         // The stream takes its first whole frame before the bar is up.
         m_stream->start([output](const CaptureStream::Sample &sample) { output->sample(sample); },
                         [output](const QString &reason) { output->stopped(reason); });
+        // The clock runs from the stream's start, before any window of ours is made.
+        m_startTime = m_parts.clock.now();
     } catch (const AppError &error) {
         startFailed(error);
         return;
@@ -174,7 +176,6 @@ void RecordingSession::beginStream()
             if (self)
                 self->cancel();
         });
-    m_startTime = m_parts.clock.now();
     if (m_config.showClicks && m_parts.makeClickRings) {
         m_rings = m_parts.makeClickRings(m_rect);
         if (m_rings)
@@ -190,9 +191,9 @@ void RecordingSession::startFailed(const AppError &error)
 {
     qCCritical(lcRecording, "recording couldn't start: %s", qUtf8Printable(error.errorDescription()));
     m_ending = true;
-    if (m_stream) {
+    m_startTime.reset();
+    if (m_stream)
         m_stream->stop();
-    }
     m_sink->cancel();
     tearDown();
     complete(RecordingEnd::failed(error));

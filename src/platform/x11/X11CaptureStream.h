@@ -23,7 +23,8 @@ struct xcb_connection_t;
 // changed since the last frame (the DAMAGE extension on the root window),
 // has only those parts written into shared memory (MIT-SHM), draws the
 // pointer in at its hotspot (XFixes), and hands the frame with its changed
-// rectangles on. A tick where nothing changed hands on nothing and copies
+// rectangles on. The server writes the rows that changed straight into the
+// frame, so this side copies no pixels; a tick where nothing changed hands on
 // nothing. Without DAMAGE every tick takes the whole area and says nothing
 // of what changed; without shared memory the pixels come through the socket.
 // Either is logged once.
@@ -116,7 +117,6 @@ private:
     bool m_xfixes = false;
     ShmSegmentPool m_pool;
     std::optional<ShmSegmentPool::Lease> m_frameLease;
-    std::optional<ShmSegmentPool::Lease> m_scratchLease;
     std::vector<std::uint32_t> m_plainFrame; // without shared memory
     QImage m_scaled;                         // the frames handed on, when scaled
 

@@ -11,7 +11,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -189,10 +191,14 @@ TEST_F(X11CaptureStreamTest, FramesKeepToTheRequestedRate)
     const int frames = count();
     ASSERT_GE(frames, 8);
     const double span = at(frames - 1).seconds - at(0).seconds;
-    // 20 frames a second: about 50 ms apart, never two within one tick.
+    // 20 a second whatever came in between: a frame per tick at most, and
+    // the ticks keep to the clock (a late one is skipped, not made up).
+    EXPECT_LE(frames, int(span * 20) + 2);
+    std::vector<double> gaps;
     for (int i = 1; i < frames; ++i)
-        EXPECT_GE(at(i).seconds - at(i - 1).seconds, 0.045);
-    EXPECT_LT(span, 0.05 * (frames + 2));
+        gaps.push_back(at(i).seconds - at(i - 1).seconds);
+    std::sort(gaps.begin(), gaps.end());
+    EXPECT_NEAR(gaps[gaps.size() / 2], 0.05, 0.015);
 }
 
 TEST_F(X11CaptureStreamTest, ThePointerIsDrawnAtItsHotspotAndItsMovesAreChanges)
