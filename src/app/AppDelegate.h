@@ -32,6 +32,7 @@ class LiveAreaPicker;
 class QtRecordingScheduler;
 class RecordingCommands;
 class RecordingCoordinator;
+class RecordingRecovery;
 struct RecordingBackend;
 
 // Builds the long-lived objects in their fixed order once the application runs,
@@ -64,6 +65,7 @@ private:
     void registerCommands();
     void buildCaptureCoordinator();
     void buildRecordingCoordinator();
+    void recoverRecordings();
     void buildHotkeys();
     CommandRouter::Reply runCaptureVerb(const QStringList &arguments);
     CommandRouter::Reply runInteractiveCapture(const CaptureVerb &verb);
@@ -95,4 +97,5 @@ private:
     std::unique_ptr<LiveAreaPicker> m_areaPicker;
     std::unique_ptr<RecordingCoordinator> m_recorder;
     std::unique_ptr<RecordingCommands> m_recordingCommands;
+    std::unique_ptr<RecordingRecovery> m_recovery;
 };
