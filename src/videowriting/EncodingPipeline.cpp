@@ -28,7 +28,8 @@ std::unique_ptr<SoundEncoder> openSound(int channels, std::int64_t bitRate, cons
 
 EncodingPipeline::EncodingPipeline(const std::filesystem::path &url, const VideoWriter::Options &options,
                                    double fragmentSeconds)
-    : url_(url), fragmentSeconds_(fragmentSeconds), width_(VideoWriter::encodedSide(options.width)),
+    : url_(url), fragmentSeconds_(fragmentSeconds), interval_(1.0 / std::max(options.framesPerSecond, 1)),
+      width_(VideoWriter::encodedSide(options.width)),
       height_(VideoWriter::encodedSide(options.height)), held_(av_packet_alloc())
 {
     std::error_code ignored;
@@ -78,6 +79,8 @@ void EncodingPipeline::picture(std::span<const Patch> patches, double seconds)
         for (auto &sound : sound_)
             if (sound)
                 sound->start(seconds);
+    } else {
+        repeatUntil(seconds);
     }
     if (!patches.empty()) {
         const YUVPlanes planes = video_->picture();
@@ -88,10 +91,27 @@ void EncodingPipeline::picture(std::span<const Patch> patches, double seconds)
             PictureConverter::convert(origin, patch.bytesPerLine, patch.rect, planes);
         }
     }
+    encodeAt(seconds);
+}
+
+void EncodingPipeline::repeatUntil(double seconds)
+{
+    if (!firstSeconds_)
+        return;
+    // Frame times the stream left out lie a whole interval apart after the
+    // last picture; one is due if it comes at least half an interval before
+    // `seconds`.
+    while (lastSeconds_ + interval_ * 1.5 <= seconds)
+        encodeAt(lastSeconds_ + interval_);
+}
+
+void EncodingPipeline::encodeAt(double seconds)
+{
     std::int64_t pts = videoTicks(seconds);
     if (pts <= lastPts_)
         pts = lastPts_ + 1;
     lastPts_ = pts;
+    lastSeconds_ = seconds;
     video_->encode(pts, [this](AVPacket *packet) { writeVideo(packet); });
 }
 
@@ -142,6 +162,7 @@ void EncodingPipeline::writeSound(AVPacket *packet, Track track)
 void EncodingPipeline::end(double endTime)
 {
     const std::int64_t endPts = firstSeconds_ ? videoTicks(endTime) : 0;
+    repeatUntil(endTime);
     video_->flush([this](AVPacket *packet) { writeVideo(packet); });
     if (holding_) {
         // The last frame lasts until the end, or a frame's time if the end

@@ -44,6 +44,11 @@ public:
     // A frame: the patches are converted into the picture, then the picture
     // is encoded at `seconds`. No patches: the picture as it stands.
     void picture(std::span<const Patch> patches, double seconds);
+    // The stream hands over only frames that changed; the picture that
+    // stands is encoded again at every frame time the stream left out, up to
+    // `seconds`, so the file has its full frame rate (an unchanged picture
+    // costs the encoder next to nothing). Nothing before the first frame.
+    void repeatUntil(double seconds);
     void sound(const SoundChunk &chunk, Track track);
     // The last frame lasts until `endTime`; everything is written and closed.
     void end(double endTime);
@@ -58,6 +63,7 @@ private:
 
     std::filesystem::path url_;
     double fragmentSeconds_;
+    double interval_;
     int width_;
     int height_;
     std::unique_ptr<FragmentedMP4> file_;
@@ -66,7 +72,10 @@ private:
     int videoTrack_ = -1;
     int soundTrack_[2] = {-1, -1};
 
+    void encodeAt(double seconds);
+
     std::optional<double> firstSeconds_;
+    double lastSeconds_ = 0;          // the last picture encoded, on the media clock
     std::int64_t lastPts_ = -1;
     PacketPtr held_;                  // the last video packet, until the next one gives its duration
     bool holding_ = false;

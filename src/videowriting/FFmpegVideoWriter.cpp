@@ -1,6 +1,7 @@
 #include "videowriting/FFmpegVideoWriter.h"
 
 #include "videowriting/EncodingPipeline.h"
+#include "videowriting/MediaClock.h"
 #include "videowriting/PictureConverter.h"
 #include "videowriting/WriterLog.h"
 
@@ -157,6 +158,7 @@ void FFmpegVideoWriter::enqueuePicture(const VideoFrame &frame)
     }
     started_ = true;
     lastSeconds_ = frame.seconds;
+    lastAppendClock_ = MediaClock::now();
     pendingBytes_ += bytes;
     ++pendingPictures_;
     ++stats_.videoFrames;
@@ -255,7 +257,19 @@ void FFmpegVideoWriter::work()
         bool skip = false;
         {
             std::unique_lock guard(lock_);
-            wake_.wait(guard, [this] { return !jobs_.empty(); });
+            // While no frame comes (nothing changes on screen), the picture
+            // that stands is repeated at the frame times gone by since the
+            // last frame, a quarter second behind, so that a frame on its way
+            // is never overtaken.
+            while (jobs_.empty()) {
+                if (wake_.wait_for(guard, std::chrono::milliseconds(100)) == std::cv_status::timeout && started_ &&
+                    !failure_ && jobs_.empty()) {
+                    const double until = lastSeconds_ + (MediaClock::now() - lastAppendClock_) - repeatDelay;
+                    guard.unlock();
+                    repeat(until);
+                    guard.lock();
+                }
+            }
             job = std::move(jobs_.front());
             jobs_.pop_front();
             skip = failure_ && job.kind != Job::Kind::end;
@@ -272,6 +286,17 @@ void FFmpegVideoWriter::work()
         if (job.kind == Job::Kind::end)
             return;
         done(job);
+    }
+}
+
+void FFmpegVideoWriter::repeat(double until)
+{
+    try {
+        pipeline_->repeatUntil(until);
+    } catch (...) {
+        std::lock_guard guard(lock_);
+        if (!failure_)
+            failure_ = std::current_exception();
     }
 }
 

@@ -62,6 +62,8 @@ private:
     void stopWorker();
     void work();
     void run(Job &job);
+    void repeat(double until);
+    static constexpr double repeatDelay = 0.25;
     static std::vector<EncodingPipeline::Patch> patches(const Job &job);
     void done(Job &job);
 
@@ -82,6 +84,7 @@ private:
     bool started_ = false;
     bool finished_ = false;
     double lastSeconds_ = 0;
+    double lastAppendClock_ = 0;   // the media clock when the last frame came
     int pendingPictures_ = 0;
     std::size_t pendingBytes_ = 0;
     std::int64_t pendingSound_[2] = {0, 0};

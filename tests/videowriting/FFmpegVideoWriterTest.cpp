@@ -119,14 +119,14 @@ TEST_F(FFmpegVideoWriterTest, AnUnchangedFrameRepeatsThePictureThatStands)
     SyntheticScene scene(320, 240);
     FFmpegVideoWriter writer(folder / "u.mp4", options(320, 240), roomy());
     writer.append(scene.frame(0, 10.0));
-    writer.append(scene.frame(5, 10.1));
+    writer.append(scene.frame(5, 10.0 + 1 / 30.0));
     // Nothing changed: the pixels behind the frame aren't even looked at.
-    VideoFrame same = scene.unchanged(10.2);
+    VideoFrame same = scene.unchanged(10.0 + 2 / 30.0);
     std::vector<std::uint8_t> garbage(scene.pixels().size(), 0);
     same.bgra = garbage.data();
     writer.append(same);
-    writer.append(scene.unchanged(10.3));
-    EXPECT_EQ(writer.finish(10.4), (VideoWriter::Stats{4, 0}));
+    writer.append(scene.unchanged(10.1));
+    EXPECT_EQ(writer.finish(10.0 + 4 / 30.0), (VideoWriter::Stats{4, 0}));
 
     std::vector<int> squareLuma;
     MediaReadBack::decodeVideo(folder / "u.mp4", [&](const MediaReadBack::Picture &p) {
@@ -144,10 +144,10 @@ TEST_F(FFmpegVideoWriterTest, OnlyTheChangedRectanglesReachThePicture)
     writer.append(scene.frame(0, 1.0));
     // The next frame claims only a rectangle at the left changed; the square
     // drawn elsewhere in its pixels is not taken.
-    VideoFrame next = scene.frame(40, 1.1);
+    VideoFrame next = scene.frame(40, 1.0 + 1 / 30.0);
     next.changedRects = std::vector<videowriting::PixelRect>{{0, 200, 10, 10}};
     writer.append(next);
-    writer.finish(1.2);
+    writer.finish(1.0 + 2 / 30.0);
 
     std::vector<int> atNewSquare;
     MediaReadBack::decodeVideo(folder / "r.mp4", [&](const MediaReadBack::Picture &p) {
@@ -189,7 +189,7 @@ TEST_F(FFmpegVideoWriterTest, CancelAfterFinishLeavesTheFile)
     SyntheticScene scene(64, 64);
     FFmpegVideoWriter writer(folder / "c.mp4", options(64, 64), roomy());
     record(writer, scene, 5, 30);
-    writer.finish(100.2);
+    writer.finish(100 + 5 / 30.0);
     writer.cancel();
     EXPECT_TRUE(std::filesystem::exists(folder / "c.mp4"));
     EXPECT_EQ(MediaReadBack::probe(folder / "c.mp4").video()->packets, 5);
@@ -211,7 +211,7 @@ TEST_F(FFmpegVideoWriterTest, AFrameAfterFinishIsIgnoredAndNotCounted)
     SyntheticScene scene(64, 64);
     FFmpegVideoWriter writer(folder / "l.mp4", options(64, 64), roomy());
     record(writer, scene, 5, 30);
-    writer.finish(100.2);
+    writer.finish(100 + 5 / 30.0);
     writer.append(scene.frame(6, 100.3));
     tone(writer, 440, 100.3, 100.4);
     EXPECT_EQ(writer.finish(100.5), (VideoWriter::Stats{5, 0}));
@@ -241,7 +241,7 @@ TEST_F(FFmpegVideoWriterTest, FramesTheWriterCantTakeNowAreDroppedAndCounted)
     // The first frame is held on the writer's thread, one more waits: the rest find no room.
     record(writer, scene, 10, 30);
     release.set_value();
-    EXPECT_EQ(writer.finish(100.4), (VideoWriter::Stats{2, 8}));
+    EXPECT_EQ(writer.finish(100 + 2 / 30.0), (VideoWriter::Stats{2, 8}));
     EXPECT_EQ(MediaReadBack::probe(folder / "q.mp4").video()->packets, 2);
 }
 
@@ -260,6 +260,32 @@ TEST_F(FFmpegVideoWriterTest, AppendNeverWaitsForTheEncoder)
     const auto stats = writer.finish(104.0);
     EXPECT_EQ(stats.videoFrames + stats.droppedFrames, 100);
     EXPECT_GT(stats.droppedFrames, 0);
+}
+
+TEST_F(FFmpegVideoWriterTest, FrameTimesTheStreamLeftOutRepeatThePictureThatStands)
+{
+    SyntheticScene scene(64, 64);
+    FFmpegVideoWriter writer(folder / "g.mp4", options(64, 64), roomy());
+    // Nothing changed on screen for a second between two frames, and for half
+    // a second before the end: every frame time is in the file all the same.
+    writer.append(scene.frame(0, 20.0));
+    writer.append(scene.frame(1, 21.0));
+    EXPECT_EQ(writer.finish(21.5), (VideoWriter::Stats{2, 0}));
+
+    const auto facts = MediaReadBack::probe(folder / "g.mp4");
+    EXPECT_EQ(facts.video()->packets, 45);
+    EXPECT_NEAR(facts.video()->duration, 1.5, 0.001);
+    std::vector<double> times;
+    std::vector<int> square;
+    MediaReadBack::decodeVideo(folder / "g.mp4", [&](const MediaReadBack::Picture &p) {
+        times.push_back(p.seconds);
+        square.push_back(p.lumaAt(scene.squareX(0) + 2, 32));
+    });
+    ASSERT_EQ(times.size(), 45u);
+    for (std::size_t i = 1; i < times.size(); ++i)
+        EXPECT_NEAR(times[i] - times[i - 1], 1 / 30.0, 0.001) << i;
+    // The repeats show the first frame's picture until the second frame.
+    EXPECT_NEAR(square[29], 235, 12);
 }
 
 TEST_F(FFmpegVideoWriterTest, TheLastFrameLastsUntilTheEnd)
