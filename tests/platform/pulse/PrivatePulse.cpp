@@ -80,7 +80,7 @@ PulsePlayer::PulsePlayer(const std::string &server, const char *sink, int channe
     attributes.minreq = std::uint32_t(-1);
     attributes.fragsize = std::uint32_t(-1);
     int error = 0;
-    stream_ = pa_simple_new(server.c_str(), "glimpso tests", PA_STREAM_PLAYBACK, sink, "tone", &spec, nullptr,
+    stream_ = pa_simple_new(server.empty() ? nullptr : server.c_str(), "glimpso tests", PA_STREAM_PLAYBACK, sink, "tone", &spec, nullptr,
                             &attributes, &error);
 }
 
@@ -117,4 +117,9 @@ double PulsePlayer::heardAt(long long frame) const
         return -1;
     std::nth_element(estimates.begin(), estimates.begin() + std::ptrdiff_t(estimates.size() / 2), estimates.end());
     return estimates[estimates.size() / 2] + double(frame) / 48000;
+}
+
+double PulsePlayer::latestHeardAt(long long frame) const
+{
+    return origins_.empty() ? -1 : origins_.back().second + double(frame) / 48000;
 }

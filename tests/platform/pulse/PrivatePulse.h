@@ -48,6 +48,8 @@ public:
     // When the frame `frame` is heard, on the media clock, as far as the
     // server's latency tells in the fifth of a second after it was written.
     double heardAt(long long frame) const;
+    // The same, from the last estimate only (for a frame just written).
+    double latestHeardAt(long long frame) const;
     bool isOpen() const { return stream_ != nullptr; }
 
 private:
