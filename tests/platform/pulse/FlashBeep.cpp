@@ -6,7 +6,9 @@
 // The beeps (30 ms at 1 kHz, half a second into each second) are played into
 // the default output of $PULSE_SERVER, sample by sample; when each is heard
 // is worked out from the server's latency, and the window turns white at that
-// moment on the media clock, black again 300 ms later. Prints "beep T" for each.
+// moment on the media clock, black again 300 ms later. Prints "beep T" for
+// each when it is scheduled, and "flash T late L" when it was shown, L seconds
+// after T.
 #include "PrivatePulse.h"
 
 #include "videowriting/MediaClock.h"
@@ -80,6 +82,10 @@ int main(int argc, char **argv)
             }
             std::this_thread::sleep_for(std::chrono::duration<double>(at - videowriting::MediaClock::now()));
             paint(x, window, screen->white_pixel);
+            // How late the flash came after its beep (a busy machine wakes
+            // this thread late): the test counts it out.
+            std::printf("flash %.4f late %.4f\n", at, videowriting::MediaClock::now() - at);
+            std::fflush(stdout);
             std::this_thread::sleep_for(std::chrono::milliseconds(300));
             paint(x, window, screen->black_pixel);
         }
@@ -88,15 +94,17 @@ int main(int argc, char **argv)
     const long long beepLength = 48000 * 30 / 1000;
     const auto beepStart = [](long long second) { return second * 48000 + 24000; };
     long long nextBeep = 0;
-    for (double played = 0; played < seconds; played += 0.1) {
-        player.play(0.1, [&](long long frame) {
+    // Written 10 ms at a time: a beep's flash is scheduled as soon as its
+    // first samples are with the server, well before they are heard.
+    for (double played = 0; played < seconds; played += 0.01) {
+        player.play(0.01, [&](long long frame) {
             const long long second = frame / 48000;
             const long long into = frame - beepStart(second);
             return into >= 0 && into < beepLength ? float(0.8 * std::sin(2 * std::numbers::pi * 1000 * into / 48000.0))
                                                   : 0.0f;
         });
         // Every beep written so far, once the server can say when it is heard.
-        while (beepStart(nextBeep) + beepLength <= (long long)((played + 0.1) * 48000)) {
+        while (beepStart(nextBeep) < (long long)((played + 0.01) * 48000)) {
             const double heard = player.latestHeardAt(beepStart(nextBeep));
             std::printf("beep %.4f\n", heard);
             std::fflush(stdout);
