@@ -40,14 +40,14 @@ TEST(RecordingVerb, AnUnknownCodecIsRefused)
 {
     QString error;
     EXPECT_FALSE(parse({"--rect", "64x64+0+0", "--codec", "vp9"}, &error));
-    EXPECT_EQ(error, QStringLiteral("--codec takes h264 or hevc"));
+    EXPECT_EQ(error, QStringLiteral("glimpso: --codec takes h264 or hevc"));
     EXPECT_FALSE(parse({"--rect", "64x64+0+0", "--codec"}, &error));
-    EXPECT_EQ(error, QStringLiteral("--codec takes h264 or hevc"));
+    EXPECT_EQ(error, QStringLiteral("glimpso: --codec takes h264 or hevc"));
 }
 
 TEST(RecordingVerb, VideoOptionsNeedARectangle)
 {
     QString error;
     EXPECT_FALSE(parse({"--system-audio"}, &error));
-    EXPECT_EQ(error, QStringLiteral("--seconds, --fps, --copy, --save, --wait and the video options need --rect"));
+    EXPECT_EQ(error, QStringLiteral("glimpso: --seconds, --fps, --copy, --save, --wait and the video options need --rect"));
 }
