@@ -3,6 +3,7 @@
 #include "appbase/CaptureKind.h"
 #include "output/Notifying.h"
 #include "output/OutputService.h"
+#include "recording/VideoRecorder.h"
 #include "videowriting/ModuleLoader.h"
 #include "videowriting/VideoWritingModule.h"
 
@@ -17,14 +18,6 @@
 Q_LOGGING_CATEGORY(lcRecovery, "glimpso.RecordingRecovery")
 
 namespace {
-
-void writerLog(videowriting::WriterLog::Level level, const char *message)
-{
-    if (level == videowriting::WriterLog::Level::error)
-        qCWarning(lcRecovery, "%s", message);
-    else
-        qCInfo(lcRecovery, "%s", message);
-}
 
 // Where a leftover's whole copy is made: a folder of its own inside the
 // in-progress folder, so that a copy cut off in turn is never taken for a
@@ -48,7 +41,8 @@ RecordingRecovery::RecordingRecovery(OutputService &output, Notifying &notifier,
 
 void RecordingRecovery::moduleRemux(const QString &leftover, const QString &output)
 {
-    const auto &module = videowriting::VideoWritingModule::load(videowriting::ModuleLoader::folder(), writerLog);
+    const auto &module =
+        videowriting::VideoWritingModule::load(videowriting::ModuleLoader::folder(), &VideoRecorder::writerLog);
     module.remux(leftover.toStdString(), output.toStdString());
 }
 

@@ -46,14 +46,6 @@ struct VideoRecorder::Shared {
 
 namespace {
 
-void writerLog(videowriting::WriterLog::Level level, const char *message)
-{
-    if (level == videowriting::WriterLog::Level::error)
-        qCWarning(lcVideoRecorder, "%s", message);
-    else
-        qCInfo(lcVideoRecorder, "%s", message);
-}
-
 const char *kindName(SoundSource::Kind kind)
 {
     return kind == SoundSource::Kind::systemSound ? "system sound" : "microphone";
@@ -129,6 +121,14 @@ VideoRecorder::~VideoRecorder()
     // A sink let go without finish or cancel: the sound stops, the writer
     // finishes what it has (the file stays, to be recovered).
     m_shared->stopSound();
+}
+
+void VideoRecorder::writerLog(videowriting::WriterLog::Level level, const char *message)
+{
+    if (level == videowriting::WriterLog::Level::error)
+        qCWarning(lcVideoRecorder, "%s", message);
+    else
+        qCInfo(lcVideoRecorder, "%s", message);
 }
 
 std::unique_ptr<VideoWriter> VideoRecorder::moduleWriter(const QString &path, const Options &options)

@@ -3,6 +3,7 @@
 #include "recording/RecordingSink.h"
 #include "videowriting/SoundSource.h"
 #include "videowriting/VideoWriter.h"
+#include "videowriting/WriterLog.h"
 
 #include <QString>
 #include <QStringList>
@@ -54,6 +55,8 @@ public:
     // order. An empty list when the folder can't be read.
     static QStringList leftovers(const QString &folder = inProgressFolder());
 
+    // The video writer's log lines into glimpso's log ("glimpso.VideoRecorder").
+    static void writerLog(videowriting::WriterLog::Level level, const char *message);
     // The writer of the video writer's module (loaded at the first call).
     static std::unique_ptr<videowriting::VideoWriter> moduleWriter(const QString &path, const Options &options);
 

@@ -14,6 +14,10 @@ namespace {
 constexpr std::int64_t systemSoundBitRate = 160'000;
 constexpr std::int64_t microphoneBitRate = 96'000;
 constexpr std::int64_t ticksPerSecond = 90'000;
+// How much of a gap before a frame is made up with repeats: the gaps of a
+// still screen are filled while they pass (FFmpegVideoWriter repeats while
+// idle, a quarter second behind), so a longer gap means frames were dropped.
+constexpr double gapMadeUpSeconds = 0.4;
 
 std::unique_ptr<SoundEncoder> openSound(int channels, std::int64_t bitRate, const char *name)
 {
@@ -80,7 +84,7 @@ void EncodingPipeline::picture(std::span<const Patch> patches, double seconds)
             if (sound)
                 sound->start(seconds);
     } else {
-        repeatUntil(seconds);
+        repeatUntil(seconds, int(std::ceil(gapMadeUpSeconds / interval_)));
     }
     if (!patches.empty()) {
         const YUVPlanes planes = video_->picture();
@@ -94,14 +98,14 @@ void EncodingPipeline::picture(std::span<const Patch> patches, double seconds)
     encodeAt(seconds);
 }
 
-void EncodingPipeline::repeatUntil(double seconds)
+void EncodingPipeline::repeatUntil(double seconds, int most)
 {
     if (!firstSeconds_)
         return;
     // Frame times the stream left out lie a whole interval apart after the
     // last picture; one is due if it comes at least half an interval before
     // `seconds`.
-    while (lastSeconds_ + interval_ * 1.5 <= seconds)
+    for (int done = 0; lastSeconds_ + interval_ * 1.5 <= seconds && (most < 0 || done < most); ++done)
         encodeAt(lastSeconds_ + interval_);
 }
 

@@ -48,7 +48,9 @@ public:
     // stands is encoded again at every frame time the stream left out, up to
     // `seconds`, so the file has its full frame rate (an unchanged picture
     // costs the encoder next to nothing). Nothing before the first frame.
-    void repeatUntil(double seconds);
+    // `most` limits the repeats of one call: when the writer is behind, the
+    // frames it dropped are not made up for with still more work.
+    void repeatUntil(double seconds, int most = -1);
     void sound(const SoundChunk &chunk, Track track);
     // The last frame lasts until `endTime`; everything is written and closed.
     void end(double endTime);

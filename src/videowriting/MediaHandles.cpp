@@ -10,6 +10,20 @@ extern "C" {
 
 namespace videowriting {
 
+void receivePackets(AVCodecContext *encoder, AVPacket *packet, const std::function<void(AVPacket *)> &sink,
+                    const char *what)
+{
+    for (;;) {
+        const int status = avcodec_receive_packet(encoder, packet);
+        if (status == AVERROR(EAGAIN) || status == AVERROR_EOF)
+            return;
+        if (status < 0)
+            throwMediaError(what, status);
+        sink(packet);
+        av_packet_unref(packet);
+    }
+}
+
 std::string mediaErrorText(int code)
 {
     char text[AV_ERROR_MAX_STRING_SIZE] = {};

@@ -9,6 +9,7 @@ extern "C" {
 #include <libswresample/swresample.h>
 }
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -45,6 +46,11 @@ using BufferPtr = std::unique_ptr<AVBufferRef, BufferUnref>;
 using ResamplerPtr = std::unique_ptr<SwrContext, ResamplerFree>;
 using AudioFifoPtr = std::unique_ptr<AVAudioFifo, AudioFifoFree>;
 using InputPtr = std::unique_ptr<AVFormatContext, InputClose>;
+
+// Hands every packet `encoder` has ready to `sink`, through `packet`; throws
+// "`what`: text" when the encoder fails.
+void receivePackets(AVCodecContext *encoder, AVPacket *packet, const std::function<void(AVPacket *)> &sink,
+                    const char *what);
 
 // FFmpeg's text for an error code.
 std::string mediaErrorText(int code);

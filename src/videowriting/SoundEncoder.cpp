@@ -165,15 +165,7 @@ void SoundEncoder::send(AVFrame *frame, const PacketSink &sink)
     int status = avcodec_send_frame(context_.get(), frame);
     if (status < 0 && !(frame == nullptr && status == AVERROR_EOF))
         throwMediaError("The sound encoder refused its samples", status);
-    for (;;) {
-        status = avcodec_receive_packet(context_.get(), packet_.get());
-        if (status == AVERROR(EAGAIN) || status == AVERROR_EOF)
-            return;
-        if (status < 0)
-            throwMediaError("The sound encoder failed", status);
-        sink(packet_.get());
-        av_packet_unref(packet_.get());
-    }
+    receivePackets(context_.get(), packet_.get(), sink, "The sound encoder failed");
 }
 
 } // namespace videowriting

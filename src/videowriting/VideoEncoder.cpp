@@ -156,7 +156,7 @@ bool VideoEncoder::openSoftware(const VideoWriter::Options &options, int width, 
     AVDictionary *settings = nullptr;
     if (options.codec == VideoWriter::Codec::h264) {
         context->profile = FF_PROFILE_H264_HIGH;
-        av_dict_set(&settings, "preset", "veryfast", 0);
+        av_dict_set(&settings, "preset", "ultrafast", 0);
         av_dict_set(&settings, "tune", "zerolatency", 0);
     } else {
         av_dict_set(&settings, "preset", "ultrafast", 0);
@@ -224,15 +224,7 @@ void VideoEncoder::flush(const PacketSink &sink)
 
 void VideoEncoder::receive(const PacketSink &sink)
 {
-    for (;;) {
-        const int status = avcodec_receive_packet(context_.get(), packet_.get());
-        if (status == AVERROR(EAGAIN) || status == AVERROR_EOF)
-            return;
-        if (status < 0)
-            throwMediaError("The video encoder failed", status);
-        sink(packet_.get());
-        av_packet_unref(packet_.get());
-    }
+    receivePackets(context_.get(), packet_.get(), sink, "The video encoder failed");
 }
 
 } // namespace videowriting

@@ -1,5 +1,7 @@
 #include "MediaReadBack.h"
 
+#include "videowriting/MediaHandles.h"
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
@@ -15,19 +17,10 @@ namespace MediaReadBack {
 
 namespace {
 
-struct InputClose {
-    void operator()(AVFormatContext *c) const { avformat_close_input(&c); }
-};
-struct CodecFree {
-    void operator()(AVCodecContext *c) const { avcodec_free_context(&c); }
-};
-struct FrameFree {
-    void operator()(AVFrame *f) const { av_frame_free(&f); }
-};
-struct PacketFree {
-    void operator()(AVPacket *p) const { av_packet_free(&p); }
-};
-using Input = std::unique_ptr<AVFormatContext, InputClose>;
+using Input = videowriting::InputPtr;
+using videowriting::CodecContextPtr;
+using videowriting::FramePtr;
+using videowriting::PacketPtr;
 
 Input open(const std::filesystem::path &path)
 {
@@ -45,13 +38,13 @@ void decode(AVFormatContext *input, int stream, const std::function<void(const A
 {
     const AVCodecParameters *parameters = input->streams[stream]->codecpar;
     const AVCodec *codec = avcodec_find_decoder(parameters->codec_id);
-    std::unique_ptr<AVCodecContext, CodecFree> decoder(avcodec_alloc_context3(codec));
+    CodecContextPtr decoder(avcodec_alloc_context3(codec));
     avcodec_parameters_to_context(decoder.get(), parameters);
     decoder->pkt_timebase = input->streams[stream]->time_base;
     if (avcodec_open2(decoder.get(), codec, nullptr) < 0)
         return;
-    std::unique_ptr<AVPacket, PacketFree> packet(av_packet_alloc());
-    std::unique_ptr<AVFrame, FrameFree> frame(av_frame_alloc());
+    PacketPtr packet(av_packet_alloc());
+    FramePtr frame(av_frame_alloc());
     const auto drain = [&] {
         while (avcodec_receive_frame(decoder.get(), frame.get()) >= 0) {
             each(frame.get());
@@ -111,7 +104,7 @@ Facts probe(const std::filesystem::path &path)
             track.duration = double(stream->duration) * av_q2d(stream->time_base);
         facts.tracks.push_back(track);
     }
-    std::unique_ptr<AVPacket, PacketFree> packet(av_packet_alloc());
+    PacketPtr packet(av_packet_alloc());
     while (av_read_frame(input.get(), packet.get()) >= 0) {
         Track &track = facts.tracks[std::size_t(packet->stream_index)];
         const double base = av_q2d(input->streams[packet->stream_index]->time_base);
