@@ -28,6 +28,10 @@ class IniSettingsStorage;
 class InstanceChannel;
 class SingleInstance;
 class TrayActions;
+class KeychainStore;
+class UploadCommands;
+class UploadIndicator;
+class UploadService;
 
 // Builds the long-lived objects in their fixed order once the application runs,
 // and tears down what must go at the end. Owned by main for the life of the process.
@@ -58,6 +62,7 @@ private:
     void buildMenuBar();
     void registerCommands();
     void buildCaptureCoordinator();
+    void buildUploads();
     void buildHotkeys();
     CommandRouter::Reply runCaptureVerb(const QStringList &arguments);
     CommandRouter::Reply runInteractiveCapture(const CaptureVerb &verb);
@@ -79,6 +84,10 @@ private:
     std::unique_ptr<OutputService> m_output;
     std::unique_ptr<ShutterSound> m_shutter;
     std::unique_ptr<HistoryStore> m_history;
+    std::unique_ptr<KeychainStore> m_keychain;
+    std::unique_ptr<UploadService> m_uploads;
+    std::unique_ptr<UploadIndicator> m_uploadIndicator;
+    std::unique_ptr<UploadCommands> m_uploadCommands;
     std::unique_ptr<CaptureCoordinator> m_coordinator;
     std::unique_ptr<HotkeyManager> m_hotkeys;
     std::unique_ptr<TrayActions> m_trayActions;
