@@ -40,7 +40,10 @@ bool CloudCredentials::migrateFromKeychain()
     }
 
     const ReadResult accessKey = m_keychain->read(CredentialKeychain::accessKeyAccount);
-    const ReadResult secret = m_keychain->read(CredentialKeychain::secretAccount);
+    // A refusal stands for both: the user is not asked a second time.
+    const ReadResult secret = accessKey.outcome == ReadResult::Outcome::denied
+        ? ReadResult::denied()
+        : m_keychain->read(CredentialKeychain::secretAccount);
     if (accessKey.outcome == ReadResult::Outcome::denied || secret.outcome == ReadResult::Outcome::denied) {
         qCCritical(lcCloudCredentials, "the keyring stayed locked; the credentials it holds are not moved yet");
         m_denied = true;

@@ -12,7 +12,7 @@
 #   s3 ACTION ARGS...      a boto3 call with the case's keys (tools/s3.py)
 #   stop_swift_proxy / start_swift_proxy   the S3 endpoint goes away and comes back
 #   start_keyring          gnome-keyring-daemon on the case's bus, unlocked
-#   keyring_store ACCOUNT VALUE / keyring_lookup ACCOUNT (secret-tool)
+#   keyring_store ACCOUNT VALUE / keyring_lookup ACCOUNT (secret-tool), keyring_has ACCOUNT
 
 UPLOAD_FIXTURE=$E2E_HARNESS_DIR/../cloud/fixture/swift-s3
 BUCKET=shots
@@ -94,7 +94,14 @@ start_keyring() {
 keyring_store() {
   printf '%s' "$2" | secret-tool store --label="glimpso $1" service com.tovarine.glimpso account "$1"
 }
+# keyring_lookup ACCOUNT: the secret; unlocks the keyring, so it may prompt.
 keyring_lookup() { secret-tool lookup service com.tovarine.glimpso account "$1" 2>/dev/null || true; }
+# keyring_has ACCOUNT: whether an item exists, locked or not, without a prompt.
+keyring_has() {
+  dbus-send --session --print-reply --dest=org.freedesktop.secrets /org/freedesktop/secrets \
+    org.freedesktop.Secret.Service.SearchItems \
+    dict:string:string:"service","com.tovarine.glimpso","account","$1" | grep -q 'object path "/org/freedesktop/secrets/collection'
+}
 keyring_lock() {
   dbus-send --session --print-reply --dest=org.freedesktop.secrets /org/freedesktop/secrets \
     org.freedesktop.Secret.Service.Lock array:objpath:/org/freedesktop/secrets/collection/login >/dev/null

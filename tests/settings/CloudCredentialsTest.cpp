@@ -122,6 +122,15 @@ TEST_F(CloudCredentialsTest, OneDeniedReadWritesAndDeletesNothingAndTheNextCallA
     EXPECT_EQ(file.read(), (CredentialFile::Credentials{QStringLiteral("old-key"), QStringLiteral("old-secret")}));
 }
 
+TEST_F(CloudCredentialsTest, ARefusedFirstReadDoesNotAskASecondTime)
+{
+    keychain.items[CredentialKeychain::accessKeyAccount] = ReadResult::denied();
+    keychain.items[CredentialKeychain::secretAccount] = ReadResult::found(QStringLiteral("s"));
+    EXPECT_FALSE(credentials.load());
+    EXPECT_EQ(keychain.readCalls, 1);
+    EXPECT_TRUE(credentials.denied());
+}
+
 TEST_F(CloudCredentialsTest, AFailedKeyringReadCountsAsEmpty)
 {
     keychain.items[CredentialKeychain::accessKeyAccount] = ReadResult::failed(3);
