@@ -230,8 +230,9 @@ void AppDelegate::buildCaptureCoordinator()
     parts.copyTextToClipboard = [](const QString &text) { QGuiApplication::clipboard()->setText(text); };
     parts.addHistoryFile = [this](const QString &path) { m_history->addFile(path); };
     parts.addHistoryText = [this](const QString &text) { m_history->addText(text); };
-    parts.upload = [this](const QImage &image) {
-        return m_uploads->upload(image).then([](const UploadService::UploadResult &result) { return result.url; });
+    parts.upload = [this](const QImage &image, const QString &savedPath) {
+        return m_uploads->upload(image, savedPath).then(
+            [](const UploadService::UploadResult &result) { return result.url; });
     };
     parts.makeSelector = [this](const QList<ScreenSnapshot> &snapshots, CaptureIntent intent,
                                 std::function<void(const RegionResult &)> completion) {

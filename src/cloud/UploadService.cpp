@@ -10,6 +10,7 @@
 #include "settings/AppSettings.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
 #include <QMutex>
@@ -122,11 +123,24 @@ UploadService::Config UploadService::configOrThrow()
     return *config;
 }
 
-QFuture<UploadService::UploadResult> UploadService::upload(const QImage &image)
+QByteArray UploadService::pngFileData(const QString &path)
+{
+    static const QByteArray signature("\x89PNG\r\n\x1a\n", 8);
+    if (!path.endsWith(QLatin1String(".png"), Qt::CaseInsensitive))
+        return {};
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    const QByteArray bytes = file.readAll();
+    return bytes.startsWith(signature) ? bytes : QByteArray();
+}
+
+QFuture<UploadService::UploadResult> UploadService::upload(const QImage &image, const QString &encodedPng)
 {
     Job job;
     job.source = Job::Source::image;
     job.image = image;
+    job.path = encodedPng;
     job.key = ObjectNames::randomSlug(ObjectNames::nameLength) + QStringLiteral(".png");
     job.contentType = QStringLiteral("image/png");
     job.label = QStringLiteral("Screenshot");
@@ -211,7 +225,9 @@ QFuture<UploadService::UploadResult> UploadService::start(Job job)
             };
             switch (job.source) {
             case Job::Source::image: {
-                const QByteArray png = pngData(job.image);
+                QByteArray png = pngFileData(job.path);
+                if (png.isEmpty())
+                    png = pngData(job.image);
                 if (png.isEmpty())
                     throw AppError::uploadFailed(QStringLiteral("PNG encode failed"));
                 return provider->upload(png, job.key, job.contentType);

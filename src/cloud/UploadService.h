@@ -55,8 +55,11 @@ public:
     // Uploads still running are stopped, and waited for.
     ~UploadService() override;
 
-    // A finished capture, as PNG under "{random}.png".
-    QFuture<UploadResult> upload(const QImage &image);
+    // A finished capture, as PNG under "{random}.png". `encodedPng`, when
+    // given, is a file already holding the picture's PNG (the capture just
+    // saved): its bytes go as they are, and the picture is encoded only when
+    // the file can't be read or is no PNG.
+    QFuture<UploadResult> upload(const QImage &image, const QString &encodedPng = {});
     // A file: a recording, a history entry, the command line's. The local
     // file is left as it is; the object's name has no relation to it.
     QFuture<UploadResult> uploadFile(const QString &path, CaptureKind kind);
@@ -71,6 +74,8 @@ public:
     static QString randomSlug(int length);
     // PNG bytes, empty when the picture can't be encoded.
     static QByteArray pngData(const QImage &image);
+    // The bytes of a PNG file, empty when it can't be read or is no PNG.
+    static QByteArray pngFileData(const QString &path);
 
     int runningUploads() const { return m_running; }
 

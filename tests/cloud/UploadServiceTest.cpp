@@ -128,6 +128,34 @@ TEST_F(UploadServiceTest, APictureGoesUpAsPngUnderARandomNameAndItsLinkIsCopied)
     EXPECT_EQ(copied, QStringList{result.url.toString()});
 }
 
+TEST_F(UploadServiceTest, ThePngOfTheSavedCaptureGoesAsItIsInsteadOfASecondEncoding)
+{
+    const QString saved = home.filePath(QStringLiteral("glimpso-2025-03-01-120000.png"));
+    QFile file(saved);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const QByteArray bytes = QByteArray("\x89PNG\r\n\x1a\n", 8) + QByteArray("as saved");
+    file.write(bytes);
+    file.close();
+    const auto future = service->upload(picture(), saved);
+    ASSERT_TRUE(finish(future));
+    ASSERT_EQ(transport->sent.size(), 1u);
+    EXPECT_EQ(transport->sent.front().bodyStart, bytes);
+    EXPECT_TRUE(future.result().key.endsWith(QStringLiteral(".png")));
+}
+
+TEST_F(UploadServiceTest, ASavedFileThatIsNoPngIsNotSent)
+{
+    const QString jpeg = tempFile(QStringLiteral("glimpso-2025-03-01-120000.jpeg"), 50);
+    const QString fakePng = tempFile(QStringLiteral("glimpso-2025-03-01-120001.png"), 50);
+    for (const QString &path : {jpeg, fakePng, home.filePath(QStringLiteral("gone.png"))}) {
+        const auto future = service->upload(picture(), path);
+        ASSERT_TRUE(finish(future));
+    }
+    ASSERT_EQ(transport->sent.size(), 3u);
+    for (const auto &sent : transport->sent)
+        EXPECT_TRUE(sent.bodyStart.startsWith("\x89PNG\r\n\x1a\n")) << sent.bodyStart.toHex().constData();
+}
+
 TEST_F(UploadServiceTest, APublicBaseMakesTheLink)
 {
     settings.cloudPublicBaseURL.set(QStringLiteral("https://cdn.example.com/s"));
