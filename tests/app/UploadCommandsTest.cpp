@@ -4,8 +4,8 @@
 #include "cloud/UploadService.h"
 #include "settings/AppSettings.h"
 
+#include "CloudFakes.h"
 #include "RecordingNotifier.h"
-#include "SettingsFakes.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -14,18 +14,16 @@
 
 namespace {
 
-struct UploadCommandsTest : ::testing::Test {
-    QTemporaryDir home;
-    MemorySettingsStorage storage;
-    InertLoginItem login;
-    AppSettings settings{storage, login};
-    NoCredentialKeychain keychain;
-    CredentialFile file{home.filePath(QStringLiteral("glimpso/cloud-credentials.json"))};
+struct UploadCommandsTest : ::testing::Test, CloudSettings {
     RecordingNotifier notifier;
     UploadService uploads{UploadService::Parts{settings, {}, {}, home.filePath(QStringLiteral("abandoned.json"))}};
     UploadCommands commands{uploads, settings, notifier};
 
-    void SetUp() override { settings.useCredentialStores(file, keychain); }
+    void SetUp() override
+    {
+        settings.cloudProvider.set(CloudProvider::none);
+        file.remove();
+    }
 
     QString tempFile(const QString &name)
     {

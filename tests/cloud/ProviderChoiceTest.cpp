@@ -1,7 +1,7 @@
 #include "cloud/ProviderChoice.h"
 #include "cloud/UploadService.h"
 
-#include "CloudServiceFixture.h"
+#include "CloudFakes.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ TEST_F(ProviderChoiceTest, NoProviderGivesNothingAndTouchesNoCredential)
     EXPECT_FALSE(ProviderChoice::config(settings).has_value());
     EXPECT_EQ(UploadService::makeProvider(settings), nullptr);
     EXPECT_FALSE(settings.cloudCredentialsLoaded());
-    EXPECT_EQ(keychain.questions, 0);
+    EXPECT_EQ(keychain.calls(), 0);
 }
 
 TEST_F(ProviderChoiceTest, AnS3CompatibleBucketIsAddressedByPath)

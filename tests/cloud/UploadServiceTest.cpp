@@ -3,7 +3,7 @@
 #include "appbase/AppError.h"
 #include "cloud/TransportError.h"
 
-#include "CloudServiceFixture.h"
+#include "CloudFakes.h"
 #include "EventLoopWait.h"
 #include "FakeTransport.h"
 
@@ -185,7 +185,7 @@ TEST_F(UploadServiceTest, WithoutAProviderNoCredentialIsTouched)
     const AppError error = failureOf(service->upload(picture()));
     EXPECT_EQ(error.kind(), AppError::Case::uploadNotConfigured);
     EXPECT_FALSE(settings.cloudCredentialsLoaded());
-    EXPECT_EQ(keychain.questions, 0);
+    EXPECT_EQ(keychain.calls(), 0);
     EXPECT_TRUE(transport->sent.empty());
     EXPECT_TRUE(copied.isEmpty());
 }

@@ -24,6 +24,10 @@ start_swift() {
   exports=$("$UPLOAD_FIXTURE" "$E2E_DIR") || e2e_fail "Swift did not start"
   eval "$exports"
   E2E_CLEANUPS+=("$SWIFT_STOP")
+  # Swift's servers run in sessions of their own: should this case be killed
+  # (a test time-out) before its clean-up runs, a watcher outside it stops
+  # them once the case's shell is gone.
+  setsid bash -c "while kill -0 $$ 2>/dev/null; do sleep 1; done; '$SWIFT_STOP'" </dev/null >/dev/null 2>&1 &
   case "$S3_ENDPOINT" in
     http://127.0.0.1:*) ;;
     *) e2e_fail "the fixture gave no loopback endpoint: $S3_ENDPOINT" ;;

@@ -1,6 +1,7 @@
 #include "settings/AppSettings.h"
 #include "settings/CloudCredentials.h"
 
+#include "CloudFakes.h"
 #include "SettingsFakes.h"
 
 #include <QFile>
@@ -9,38 +10,10 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 
 namespace {
 
 using ReadResult = CredentialKeychain::ReadResult;
-
-// A keyring in memory that counts every question it is asked.
-struct FakeKeychain : CredentialKeychain {
-    std::map<QString, ReadResult> items;
-    int existsCalls = 0;
-    int readCalls = 0;
-    QStringList removed;
-
-    bool exists(const QString &account) override
-    {
-        ++existsCalls;
-        return items.count(account) > 0;
-    }
-    ReadResult read(const QString &account) override
-    {
-        ++readCalls;
-        const auto it = items.find(account);
-        return it == items.end() ? ReadResult::missing() : it->second;
-    }
-    bool remove(const QString &account) override
-    {
-        removed << account;
-        items.erase(account);
-        return true;
-    }
-    int calls() const { return existsCalls + readCalls + int(removed.size()); }
-};
 
 struct CloudCredentialsTest : ::testing::Test {
     QTemporaryDir home;

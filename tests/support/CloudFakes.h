@@ -6,40 +6,46 @@
 
 #include "SettingsFakes.h"
 
+#include <QStringList>
 #include <QTemporaryDir>
 
 #include <map>
 
-// Settings in memory with a complete S3-compatible bucket, credentials in a
-// file of a temporary folder, and a keyring in memory that counts questions.
-struct CountingKeychain : CredentialKeychain {
+// A keyring in memory that counts every question it is asked.
+struct FakeKeychain : CredentialKeychain {
     std::map<QString, ReadResult> items;
-    int questions = 0;
+    int existsCalls = 0;
+    int readCalls = 0;
+    QStringList removed;
+
     bool exists(const QString &account) override
     {
-        ++questions;
+        ++existsCalls;
         return items.count(account) > 0;
     }
     ReadResult read(const QString &account) override
     {
-        ++questions;
+        ++readCalls;
         const auto it = items.find(account);
         return it == items.end() ? ReadResult::missing() : it->second;
     }
     bool remove(const QString &account) override
     {
-        ++questions;
+        removed << account;
         items.erase(account);
         return true;
     }
+    int calls() const { return existsCalls + readCalls + int(removed.size()); }
 };
 
+// Settings in memory with a complete S3-compatible bucket, credentials in a
+// file of a temporary folder, and the keyring above.
 struct CloudSettings {
     QTemporaryDir home;
     MemorySettingsStorage storage;
     InertLoginItem login;
     AppSettings settings{storage, login};
-    CountingKeychain keychain;
+    FakeKeychain keychain;
     CredentialFile file{home.filePath(QStringLiteral("glimpso/cloud-credentials.json"))};
 
     CloudSettings()
