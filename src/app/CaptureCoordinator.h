@@ -75,8 +75,10 @@ public:
         std::function<void(PickCompletion)> pickWindow;
         std::function<QFuture<RegionCompositor::Composed>(std::uint32_t, const WindowCaptureOptions &)> captureWindow;
         std::function<QFuture<RecognizedText>(const QImage &)> recognize;
-        // Uploads and returns the public link.
-        std::function<QFuture<QUrl>(const QImage &)> upload;
+        // Uploads and returns the public link. `savedPath` is the capture's
+        // file just written: when it is the picture's PNG, its bytes serve
+        // as they are, and the picture is not encoded a second time.
+        std::function<QFuture<QUrl>(const QImage &, const QString &savedPath)> upload;
         std::function<void(const QString &path)> addHistoryFile;
         std::function<void(const QString &text)> addHistoryText;
         // Replaces the clipboard with plain text.
