@@ -87,3 +87,24 @@ function(glimpso_fuzz_test name)
   set_tests_properties(${name} PROPERTIES
     ENVIRONMENT "CLANGXX=${GLIMPSO_CLANGXX}" LABELS fuzz TIMEOUT 300)
 endfunction()
+
+# The application (glimpso-app) and the modules it loads when first needed lie
+# in one folder: libexec/glimpso when installed, and the same place relative
+# to the front program in the build tree.
+file(RELATIVE_PATH GLIMPSO_APPLICATION_FROM_FRONT ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBEXECDIR}/glimpso)
+set(GLIMPSO_APPLICATION_DIR ${PROJECT_BINARY_DIR}/src/app/${GLIMPSO_APPLICATION_FROM_FRONT})
+
+# glimpso_module(<file name> SOURCES ... LIBS ...): a shared module the
+# application loads with dlopen at its first use (heavy libraries that most
+# runs never need), beside the application. Only symbols marked with default
+# visibility leave it; the static libraries inside stay its own.
+function(glimpso_module name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_library(${name} MODULE ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS} glimpso_flags)
+  target_link_options(${name} PRIVATE -Wl,--exclude-libs,ALL -Wl,--no-undefined)
+  set_target_properties(${name} PROPERTIES
+    PREFIX "" CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
+    LIBRARY_OUTPUT_DIRECTORY ${GLIMPSO_APPLICATION_DIR})
+  install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/glimpso)
+endfunction()

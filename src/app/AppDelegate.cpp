@@ -11,11 +11,14 @@
 #include "app/RecordingBackend.h"
 #include "app/RecordingCommands.h"
 #include "app/RecordingCoordinator.h"
+#include "app/RecordingRecovery.h"
 #include "recording/FrameLogSink.h"
 #include "recording/HostClock.h"
 #include "recording/LiveAreaPicker.h"
 #include "recording/RecordingChromeWidgets.h"
 #include "recording/RecordingScheduler.h"
+#include "recording/VideoRecorder.h"
+#include "platform/pulse/PulseModule.h"
 #include "app/ScriptedRegionSelector.h"
 #include "app/TrayActions.h"
 #include "app/UploadCommands.h"
@@ -73,6 +76,7 @@ void AppDelegate::applicationDidFinishLaunching()
     buildUploads();
     buildCaptureCoordinator();
     buildRecordingCoordinator();
+    recoverRecordings();
     buildTrayActions();
     buildHotkeys();
     buildMenuBar();
@@ -285,6 +289,20 @@ void AppDelegate::buildRecordingCoordinator()
         return std::make_unique<RecordingSession>(rect, screen, config, std::move(sink), std::move(completion),
                                                   std::move(session));
     };
+    parts.sinks[CaptureKind::video] = [](const QSize &size, const RecordingConfig &config) {
+        VideoRecorder::Options options;
+        options.width = size.width();
+        options.height = size.height();
+        options.framesPerSecond = config.framesPerSecond;
+        options.codec = config.compatibleCodec ? videowriting::VideoWriter::Codec::h264
+                                               : videowriting::VideoWriter::Codec::hevc;
+        options.systemAudio = config.systemAudio;
+        options.microphone = config.microphone;
+        return std::make_shared<VideoRecorder>(options, VideoRecorder::WriterFactory{},
+                                               [](videowriting::SoundSource::Kind kind) {
+                                                   return PulseModule::makeSource(kind);
+                                               });
+    };
     // GLIMPSO_TEST_FRAMES=FOLDER: every recording keeps its frames' log
     // there instead of a file of its kind (GLIMPSO_TEST_FRAMES_EVERY=N keeps
     // every Nth frame as a picture).
@@ -394,4 +412,17 @@ void AppDelegate::runLaunchEnvironment()
         }
         it->second(request);
     }
+}
+
+void AppDelegate::recoverRecordings()
+{
+    // Recordings that a crash cut off come back in the background; the launch
+    // doesn't wait for them.
+    const QStringList leftovers = VideoRecorder::leftovers();
+    if (leftovers.isEmpty())
+        return;
+    qCInfo(lcAppDelegate, "%lld unfinished recordings to recover", static_cast<long long>(leftovers.size()));
+    m_recovery = std::make_unique<RecordingRecovery>(*m_output, *m_notifier,
+                                                     [this](const QString &path) { m_history->addFile(path); });
+    QTimer::singleShot(0, this, [this, leftovers] { m_recovery->recover(leftovers); });
 }

@@ -36,6 +36,7 @@ class LiveAreaPicker;
 class QtRecordingScheduler;
 class RecordingCommands;
 class RecordingCoordinator;
+class RecordingRecovery;
 struct RecordingBackend;
 
 // Builds the long-lived objects in their fixed order once the application runs,
@@ -69,6 +70,7 @@ private:
     void buildCaptureCoordinator();
     void buildUploads();
     void buildRecordingCoordinator();
+    void recoverRecordings();
     void buildHotkeys();
     CommandRouter::Reply runCaptureVerb(const QStringList &arguments);
     CommandRouter::Reply runInteractiveCapture(const CaptureVerb &verb);
@@ -104,4 +106,5 @@ private:
     std::unique_ptr<LiveAreaPicker> m_areaPicker;
     std::unique_ptr<RecordingCoordinator> m_recorder;
     std::unique_ptr<RecordingCommands> m_recordingCommands;
+    std::unique_ptr<RecordingRecovery> m_recovery;
 };

@@ -15,7 +15,7 @@ constexpr std::array kVerbs = {
     Verb{"window", "", "Pick a window and capture it", 0, 0, true, false},
     Verb{"delay", "N", "Select a region after N seconds (N is kept for the menu)", 1, 1, true, false},
     Verb{"gif", "[area|window|screen] | --rect WxH+X+Y [--seconds N] [--fps N] [--copy|--save] [--wait]", "Record a GIF; with --rect, of that rectangle at once (--wait: print the file when written)", 0, 10, true, false, 86400000},
-    Verb{"video", "[area|window|screen] | --rect WxH+X+Y [--seconds N] [--fps N] [--copy|--save] [--wait]", "Record a video; with --rect, as for gif", 0, 10, true, false, 86400000},
+    Verb{"video", "[area|window|screen] | --rect WxH+X+Y [--seconds N] [--fps N] [--codec h264|hevc] [--system-audio] [--microphone] [--copy|--save] [--wait]", "Record a video; with --rect, as for gif", 0, 14, true, false, 86400000},
     Verb{"stop", "", "Stop the recording", 0, 0, false, false},
     Verb{"cancel", "", "Cancel the recording, keeping nothing", 0, 0, false, false},
     Verb{"history", "[--list [--json]]", "Show the history; with --list, print it, newest first (needs no running copy)", 0, 2, true, true, 0, "--list"},

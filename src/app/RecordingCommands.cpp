@@ -25,6 +25,8 @@ RecordingCommands::Reply RecordingCommands::record(CaptureKind kind, const QStri
     const std::optional<RecordingVerb> verb = RecordingVerb::parse(arguments, &error);
     if (!verb)
         return {2, {}, error};
+    if (kind == CaptureKind::gif && verb->hasVideoOptions())
+        return {2, {}, QStringLiteral("glimpso: --codec, --system-audio and --microphone are for videos")};
     if (verb->rect)
         return recordRect(kind, *verb);
     if (!m_coordinator.canRecord(kind) && !m_coordinator.isRecording()) {
@@ -53,6 +55,9 @@ RecordingCommands::Reply RecordingCommands::recordRect(CaptureKind kind, const R
     overrides.framesPerSecond = verb.framesPerSecond;
     overrides.maxSeconds = verb.seconds;
     overrides.action = verb.action;
+    overrides.compatibleCodec = verb.compatibleCodec;
+    overrides.systemAudio = verb.systemAudio;
+    overrides.microphone = verb.microphone;
 
     QEventLoop loop;
     Reply reply{1, {}, QStringLiteral("glimpso: the recording did not finish")};

@@ -187,16 +187,18 @@ RecordingConfig RecordingCoordinator::videoConfig(const QRectF &rect, const Reco
     const AppSettings &settings = m_parts.settings;
     RecordingConfig config;
     double scale = settings.videoRetina() ? screen.scale : 1.0;
+    const bool compatible = overrides.compatibleCodec.value_or(settings.videoCompatible());
     // H.264's largest picture: the scale is limited so the frames fit it.
-    if (settings.videoCompatible() && rect.width() > 0 && rect.height() > 0)
+    if (compatible && rect.width() > 0 && rect.height() > 0)
         scale = std::min({scale, 4096.0 / rect.width(), 2304.0 / rect.height()});
     config.scale = scale;
+    config.compatibleCodec = compatible;
     config.framesPerSecond = overrides.framesPerSecond.value_or(int(settings.videoFrameRate()));
     config.showsCursor = settings.videoShowsCursor();
     config.maxSeconds = overrides.maxSeconds.value_or(int(settings.videoMaxMinutes() * 60));
     config.countdown = countdown.value_or(settings.videoCountdown());
-    config.systemAudio = settings.videoSystemAudio();
-    config.microphone = settings.videoMicrophone();
+    config.systemAudio = overrides.systemAudio.value_or(settings.videoSystemAudio());
+    config.microphone = overrides.microphone.value_or(settings.videoMicrophone());
     config.showClicks = settings.videoShowsClicks();
     return config;
 }

@@ -77,6 +77,10 @@ public:
         std::optional<int> framesPerSecond;
         std::optional<int> maxSeconds;
         std::optional<RecordingAction> action;
+        // Videos only.
+        std::optional<bool> compatibleCodec;
+        std::optional<bool> systemAudio;
+        std::optional<bool> microphone;
     };
 
     explicit RecordingCoordinator(Parts parts, QObject *parent = nullptr);

@@ -56,11 +56,20 @@ std::optional<RecordingVerb> RecordingVerb::parse(const QStringList &arguments, 
             verb.action = action;
         } else if (argument == u"--wait") {
             verb.wait = true;
+        } else if (argument == u"--codec") {
+            const QString codec = i + 1 < arguments.size() ? arguments.at(++i) : QString();
+            if (codec != u"h264" && codec != u"hevc")
+                return fail(QStringLiteral("--codec takes h264 or hevc"));
+            verb.compatibleCodec = codec == u"h264";
+        } else if (argument == u"--system-audio") {
+            verb.systemAudio = true;
+        } else if (argument == u"--microphone") {
+            verb.microphone = true;
         } else {
             return fail(QStringLiteral("unknown option '%1'").arg(argument));
         }
     }
     if (!verb.rect && !arguments.isEmpty())
-        return fail(QStringLiteral("--seconds, --fps, --copy, --save and --wait need --rect"));
+        return fail(QStringLiteral("--seconds, --fps, --copy, --save, --wait and the video options need --rect"));
     return verb;
 }

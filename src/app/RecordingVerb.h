@@ -14,6 +14,7 @@
 //   --rect WxH+X+Y [--seconds N] [--fps N] [--copy|--save] [--wait]
 //                                          that rectangle (Qt's desktop pixels, y down), no picker and
 //                                          no countdown; with --wait the answer comes once the file is written
+//   videos also [--codec h264|hevc] [--system-audio] [--microphone], over the settings
 struct RecordingVerb {
     RecordingCoordinator::Area area = RecordingCoordinator::Area::area;
     std::optional<QRect> rect;
@@ -21,6 +22,11 @@ struct RecordingVerb {
     std::optional<int> framesPerSecond;
     std::optional<RecordingAction> action;
     bool wait = false;
+    // Videos only.
+    std::optional<bool> compatibleCodec;
+    std::optional<bool> systemAudio;
+    std::optional<bool> microphone;
+    bool hasVideoOptions() const { return compatibleCodec || systemAudio || microphone; }
 
     // The arguments after the verb; absent with `error` set when they make no sense.
     static std::optional<RecordingVerb> parse(const QStringList &arguments, QString *error);

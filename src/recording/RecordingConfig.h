@@ -15,6 +15,8 @@ struct RecordingConfig {
     bool countdown = true;
     bool systemAudio = false;
     bool microphone = false;
+    // Videos only: H.264, which every player takes, rather than HEVC.
+    bool compatibleCodec = false;
     // Show a ring where the user clicks inside the area.
     bool showClicks = false;
 };

@@ -1,0 +1,7 @@
+#include "videowriting/SoundSource.h"
+
+namespace videowriting {
+
+SoundSource::~SoundSource() = default;
+
+} // namespace videowriting
