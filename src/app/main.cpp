@@ -7,6 +7,7 @@
 #include "appbase/Logging.h"
 #include "appbase/SingleInstance.h"
 #include "platform/desktop/XdgAutostartLoginItem.h"
+#include "recognize/OcrCommand.h"
 #include "settings/AppSettings.h"
 #include "settings/IniSettingsStorage.h"
 
@@ -56,6 +57,14 @@ int sendVerb(int argc, char **argv, const QStringList &arguments)
 // Verbs that only read what is on disk: no running copy, no display, no bus.
 int runInProcess(int argc, char **argv, const QStringList &arguments)
 {
+    if (arguments.first() == u"ocr") {
+        Logging::setUp(Logging::Audience::commandLine);
+        QCoreApplication app(argc, argv);
+        const OcrCommand::Outcome outcome = OcrCommand::run(arguments.mid(1));
+        ConsoleText::print(stdout, outcome.output);
+        ConsoleText::print(stderr, outcome.error);
+        return outcome.exitCode;
+    }
     return HistoryListingProgram::run(argc, argv, arguments.mid(1));
 }
 

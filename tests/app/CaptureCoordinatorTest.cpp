@@ -168,7 +168,7 @@ protected:
             parts.copyTextToClipboard = [this](const QString &text) { clipboardTexts << text; };
             parts.after = [this](qint64 seconds, std::function<void()> fire) { delayed.append({seconds, fire}); };
             parts.pickWindow = [this](CaptureCoordinator::PickCompletion completion) { picks << completion; };
-            parts.captureWindow = [this](std::uint32_t id, const CaptureCoordinator::WindowCaptureOptions &options) {
+            parts.captureWindow = [this](std::uint32_t id, const CaptureCoordinator::WindowCaptureOptions &options, bool) {
                 windowOptions << options;
                 Q_UNUSED(id)
                 return QtFuture::makeReadyFuture(RegionCompositor::Composed{solid(QSize(8, 6), qRgb(9, 9, 9)), 1.0});
