@@ -106,8 +106,6 @@ int kept(const QString &folder, const QString &extension)
 {
     const QDir dir(folder);
     TextRecognizer recognizer(QLocale::system().uiLanguages());
-    if (qEnvironmentVariableIsSet("OCR_XHEIGHT"))
-        recognizer.preparation().targetXHeight = qEnvironmentVariable("OCR_XHEIGHT").toDouble();
     QElapsedTimer timer;
     timer.start();
     for (const QString &png : samples(dir)) {

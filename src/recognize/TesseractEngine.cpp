@@ -1,12 +1,11 @@
 #include "recognize/TesseractEngine.h"
 
+#include "recognize/TesseractLibrary.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QLoggingCategory>
 #include <QMutexLocker>
-
-#include <tesseract/baseapi.h>
-#include <tesseract/resultiterator.h>
 
 #include <stdexcept>
 
@@ -27,6 +26,11 @@ bool holdsModels(const QString &folder)
     return !folder.isEmpty() && !QDir(folder).entryList({QStringLiteral("*.traineddata")}, QDir::Files).isEmpty();
 }
 
+TessBaseAPI *api(void *handle)
+{
+    return static_cast<TessBaseAPI *>(handle);
+}
+
 } // namespace
 
 TesseractEngine::TesseractEngine(QString languages, QString dataFolder)
@@ -36,8 +40,10 @@ TesseractEngine::TesseractEngine(QString languages, QString dataFolder)
 
 TesseractEngine::~TesseractEngine()
 {
-    if (m_api)
-        m_api->End();
+    if (m_api) {
+        m_library->end(api(m_api));
+        m_library->destroy(api(m_api));
+    }
 }
 
 QString TesseractEngine::defaultDataFolder()
@@ -80,22 +86,30 @@ bool TesseractEngine::loadLocked()
         return true;
     if (!m_failure.isEmpty())
         return false;
-    auto api = std::make_unique<tesseract::TessBaseAPI>();
+    m_library = TesseractLibrary::loaded();
+    if (!m_library) {
+        m_failure = QStringLiteral("the text recognition library (libtesseract 5) is not installed");
+        qCCritical(lcTesseract, "%s", qUtf8Printable(m_failure));
+        return false;
+    }
+    TessBaseAPI *engine = m_library->create();
     // Debug output would go to the terminal of whoever started glimpso.
-    api->SetVariable("debug_file", "/dev/null");
+    m_library->setVariable(engine, "debug_file", "/dev/null");
     const QByteArray folder = QFile::encodeName(m_dataFolder);
     const QByteArray languages = m_languages.toUtf8();
-    if (api->Init(folder.constData(), languages.constData(), tesseract::OEM_LSTM_ONLY) != 0) {
+    if (m_library->init(engine, folder.constData(), languages.constData(), tesseract::OEM_LSTM_ONLY) != 0) {
+        m_library->destroy(engine);
         m_failure = QStringLiteral("the text recognition models for \u201c%1\u201d could not be loaded from %2")
                         .arg(m_languages, m_dataFolder);
         qCCritical(lcTesseract, "%s", qUtf8Printable(m_failure));
         return false;
     }
-    api->SetVariable("debug_file", "/dev/null");
+    m_library->setVariable(engine, "debug_file", "/dev/null");
     // Columns of a listing or a terminal keep their spacing.
-    api->SetVariable("preserve_interword_spaces", "1");
-    qCInfo(lcTesseract, "text recognition models loaded: %s from %s", languages.constData(), folder.constData());
-    m_api = std::move(api);
+    m_library->setVariable(engine, "preserve_interword_spaces", "1");
+    qCInfo(lcTesseract, "text recognition models loaded: %s from %s (Tesseract %s)", languages.constData(),
+           folder.constData(), m_library->version());
+    m_api = engine;
     return true;
 }
 
@@ -108,32 +122,30 @@ QList<TesseractEngine::Line> TesseractEngine::readLines(const OcrPreparation::Pr
     const QImage &gray = prepared.gray;
     if (gray.isNull() || gray.width() < 3 || gray.height() < 3)
         return lines;
-    m_api->SetPageSegMode(prepared.layout == OcrPreparation::Layout::singleLine ? tesseract::PSM_SINGLE_LINE
-                                                                                : tesseract::PSM_SINGLE_BLOCK);
-    if (qEnvironmentVariableIsSet("OCR_PSM"))
-        m_api->SetPageSegMode(tesseract::PageSegMode(qEnvironmentVariableIntValue("OCR_PSM")));
-    for (const QString &pair : qEnvironmentVariable("OCR_VARS").split(u',', Qt::SkipEmptyParts))
-        m_api->SetVariable(pair.section(u'=', 0, 0).toUtf8().constData(), pair.section(u'=', 1).toUtf8().constData());
-    m_api->SetImage(gray.constBits(), gray.width(), gray.height(), 1, int(gray.bytesPerLine()));
-    // Text scaled to a 30-pixel x-height reads like print at 300 dpi.
-    m_api->SetSourceResolution(300);
-    if (m_api->Recognize(nullptr) != 0) {
-        m_api->Clear();
+    TessBaseAPI *engine = api(m_api);
+    m_library->setPageSegMode(engine, prepared.layout == OcrPreparation::Layout::singleLine ? tesseract::PSM_SINGLE_LINE
+                                                                                           : tesseract::PSM_SINGLE_BLOCK);
+    m_library->setImage(engine, gray.constBits(), gray.width(), gray.height(), 1, int(gray.bytesPerLine()));
+    // Text scaled to its best size reads like print at 300 dpi.
+    m_library->setSourceResolution(engine, 300);
+    if (m_library->recognize(engine, nullptr) != 0) {
+        m_library->clear(engine);
         throw std::runtime_error("the text recognition engine failed on this picture");
     }
-    std::unique_ptr<tesseract::ResultIterator> it(m_api->GetIterator());
-    if (it) {
+    if (TessResultIterator *it = m_library->iterator(engine)) {
         do {
-            std::unique_ptr<char[]> text(it->GetUTF8Text(tesseract::RIL_TEXTLINE));
+            char *text = m_library->iteratorText(it, tesseract::RIL_TEXTLINE);
             if (!text)
                 continue;
-            const QString line = QString::fromUtf8(text.get()).trimmed();
+            const QString line = QString::fromUtf8(text).trimmed();
+            m_library->deleteText(text);
             int left = 0, top = 0, right = 0, bottom = 0;
-            it->BoundingBox(tesseract::RIL_TEXTLINE, &left, &top, &right, &bottom);
+            m_library->boundingBox(m_library->pageIterator(it), tesseract::RIL_TEXTLINE, &left, &top, &right, &bottom);
             if (!line.isEmpty())
                 lines << Line{line, QRectF(QPointF(left, top), QPointF(right, bottom))};
-        } while (it->Next(tesseract::RIL_TEXTLINE));
+        } while (m_library->iteratorNext(it, tesseract::RIL_TEXTLINE));
+        m_library->iteratorDelete(it);
     }
-    m_api->Clear();
+    m_library->clear(engine);
     return lines;
 }

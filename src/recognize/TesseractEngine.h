@@ -8,11 +8,8 @@
 #include <QString>
 #include <QStringList>
 
-#include <memory>
 
-namespace tesseract {
-class TessBaseAPI;
-}
+struct TesseractLibrary;
 
 // One Tesseract engine with its models loaded, kept for as long as the
 // object lives so that later readings skip the load. Reads one picture at a
@@ -54,6 +51,8 @@ private:
     QString m_languages;
     QString m_dataFolder;
     mutable QMutex m_mutex;
-    std::unique_ptr<tesseract::TessBaseAPI> m_api;
+    const TesseractLibrary *m_library = nullptr;
+    // The engine, once its models are loaded (a TessBaseAPI).
+    void *m_api = nullptr;
     QString m_failure;
 };

@@ -48,6 +48,14 @@ std::optional<QString> TextRecognizer::joinLines(const QStringList &lines)
     return kept.join(QLatin1Char('\n'));
 }
 
+QString TextRecognizer::screenCharacters(QString line)
+{
+    line.replace(QChar(0x2018), QLatin1Char('\'')).replace(QChar(0x2019), QLatin1Char('\''));
+    line.replace(QChar(0x201c), QLatin1Char('"')).replace(QChar(0x201d), QLatin1Char('"'));
+    line.replace(QStringLiteral(": :"), QStringLiteral("::"));
+    return line;
+}
+
 TextRecognizer::Result TextRecognizer::recognizeNow(const QImage &image)
 {
     Result result;
@@ -81,7 +89,7 @@ TextRecognizer::Result TextRecognizer::recognizeNow(const QImage &image)
             if (over.width() * over.height() >= 0.5 * box.width() * box.height())
                 continue;
         }
-        texts << line.text;
+        texts << screenCharacters(line.text);
     }
     result.text = joinLines(texts);
     if (found)

@@ -47,10 +47,14 @@ public:
 
     // The Tesseract languages chosen, "deu+eng".
     QString languages() const;
-    OcrPreparation::Options &preparation() { return m_preparation; }
 
     // Lines joined by line feeds, or absent when there is none.
     static std::optional<QString> joinLines(const QStringList &lines);
+    // A line as the engine read it, in the characters screens show: the
+    // engine's models prefer typographic quotes where screens (code,
+    // terminals, addresses) almost always have straight ones, and it reads
+    // "::" as ": :".
+    static QString screenCharacters(QString line);
 
 private:
     std::unique_ptr<TesseractEngine> m_engine;

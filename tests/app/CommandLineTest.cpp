@@ -89,10 +89,19 @@ TEST(CommandLine, DelayTakesItsSeconds)
     EXPECT_EQ(CommandLine::parse({"delay"}).error, "glimpso: usage: glimpso delay N");
 }
 
-TEST(CommandLine, OnlyHistoryRunsInProcess)
+TEST(CommandLine, OnlyHistoryAndOcrRunInProcess)
 {
     for (const CommandLine::Verb &verb : CommandLine::verbs())
-        EXPECT_EQ(verb.runsInProcess, QLatin1String(verb.name) == u"history") << verb.name;
+        EXPECT_EQ(verb.runsInProcess, QLatin1String(verb.name) == u"history" || QLatin1String(verb.name) == u"ocr")
+            << verb.name;
+}
+
+TEST(CommandLine, OcrReadsAFileWithoutARunningCopy)
+{
+    const auto invocation = CommandLine::parse({"ocr", "shot.png", "--json"});
+    EXPECT_EQ(invocation.kind, Kind::runInProcess);
+    EXPECT_FALSE(CommandLine::findVerb("ocr")->startsApplication);
+    EXPECT_EQ(CommandLine::parse({"ocr"}).error, "glimpso: usage: glimpso ocr FILE [--json]");
 }
 
 TEST(CommandLine, QuitDoesNotStartACopyButOtherVerbsDo)

@@ -63,7 +63,7 @@ TEST(OcrPreparation, SmallTextIsScaledToTheTargetXHeightDarkOnLightWithAMargin)
     const OcrPreparation::Prepared prepared = OcrPreparation::prepare(source);
     EXPECT_TRUE(prepared.inverted);
     EXPECT_EQ(prepared.layout, OcrPreparation::Layout::block);
-    EXPECT_NEAR(prepared.xHeight * prepared.scale, 30.0, 0.5);
+    EXPECT_NEAR(prepared.xHeight * prepared.scale, OcrPreparation::Options().targetXHeight, 0.5);
     EXPECT_GT(prepared.gray.width(), source.width() * prepared.scale);
     // Light ground in the margin, dark ink somewhere inside.
     EXPECT_GT(prepared.gray.constScanLine(0)[0], 200);
@@ -113,5 +113,6 @@ TEST(OcrPreparation, HugePicturesStayWithinTheLimit)
     OcrPreparation::Options options;
     options.maxPixels = 1 << 20;
     const OcrPreparation::Prepared prepared = OcrPreparation::prepare(textPicture(Qt::white, Qt::black, 9, 2), options);
-    EXPECT_LE(qint64(prepared.gray.width() - 60) * (prepared.gray.height() - 60), qint64(1) << 20);
+    const int margins = 2 * prepared.margin;
+    EXPECT_LE(qint64(prepared.gray.width() - margins) * (prepared.gray.height() - margins), qint64(1) << 20);
 }

@@ -106,10 +106,11 @@ TEST(TextRecognizer, ChoosesEnglishWhenTheUsersLanguageHasNoModel)
 }
 
 // The project's own set of screen text: 9 to 16 pixels, several faces, light
-// and dark themes, code and a terminal. Measured here: glimpso 0.6% of the
-// characters wrong, the plain `tesseract FILE -` 4% on the same pictures
-// (bench/ocr/run has both side by side). The bound keeps what was reached,
-// with room for the engine's small differences between builds.
+// and dark themes, code and a terminal. Measured on these 30 pictures: 0.96%
+// of the characters wrong, where the plain `tesseract FILE -` gets 3.1% of
+// them wrong (bench/ocr/run has both side by side on a set of its own). The
+// bound keeps what was reached, with a little room for the engine's
+// differences between builds, and stays well below the plain command's rate.
 TEST(TextRecognizer, ReadsScreenTextWithFewErrors)
 {
     ScreenText::Score score;
@@ -117,5 +118,5 @@ TEST(TextRecognizer, ReadsScreenTextWithFewErrors)
         const TextRecognizer::Result result = recognizer().recognizeNow(sample.image);
         score.add(sample.text, result.text.value_or(QString()));
     }
-    EXPECT_LE(score.rate(), 0.02) << score.edits << " edits in " << score.characters << " characters";
+    EXPECT_LE(score.rate(), 0.015) << score.edits << " edits in " << score.characters << " characters";
 }

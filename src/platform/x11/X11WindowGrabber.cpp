@@ -242,7 +242,9 @@ WindowGrabbing::Shot X11WindowGrabber::grab(std::uint32_t windowID, bool justUnc
             m_lastRoute = Route::windowPicture;
             return {*image, scale};
         }
-        if (isCovered(c, *frame)) {
+        // A covered window is drawn again into a picture of its own; so is
+        // a window with alpha, whose alpha the screen doesn't keep.
+        if (frame->depth == 32 || isCovered(c, *frame)) {
             if (std::optional<QImage> image = redirectedPicture(c, *frame)) {
                 m_lastRoute = Route::redirected;
                 return {*image, scale};

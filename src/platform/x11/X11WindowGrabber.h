@@ -20,8 +20,8 @@ struct xcb_connection_t;
 //   others cover it or it reaches past the screen, with alpha for ARGB
 //   windows;
 // - otherwise, a window that nothing covers is cut from the screen; one that
-//   is covered is given a picture of its own for a moment (redirected), and
-//   read once its program has drawn into it;
+//   is covered, or has alpha, is given a picture of its own for a moment
+//   (redirected), and read once its program has drawn into it;
 // - without Composite, or for a window that is not mapped, the cut from the
 //   screen.
 // It holds its own connection, so it runs on a worker thread.
