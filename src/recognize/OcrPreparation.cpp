@@ -219,6 +219,55 @@ TextLines findTextLines(const QImage &gray)
     return found;
 }
 
+int eraseSolidBlocks(QImage &gray, const TextLines &lines)
+{
+    const auto isInk = [&lines](uchar v) {
+        return lines.lightOnDark ? v >= lines.background + inkContrast : v <= lines.background - inkContrast;
+    };
+    int erased = 0;
+    for (const TextLines::Line &line : lines.lines) {
+        const int height = line.bottom - line.top + 1;
+        // Glyph groups: columns with ink, between columns without.
+        int x = 0;
+        while (x < gray.width()) {
+            const auto columnInk = [&](int column) {
+                int count = 0;
+                for (int y = line.top; y <= line.bottom; ++y)
+                    count += isInk(gray.constScanLine(y)[column]) ? 1 : 0;
+                return count;
+            };
+            if (columnInk(x) == 0) {
+                ++x;
+                continue;
+            }
+            const int left = x;
+            int ink = 0, top = line.bottom, bottom = line.top;
+            for (; x < gray.width(); ++x) {
+                const int count = columnInk(x);
+                if (count == 0)
+                    break;
+                ink += count;
+                for (int y = line.top; y <= line.bottom; ++y)
+                    if (isInk(gray.constScanLine(y)[x])) {
+                        top = std::min(top, y);
+                        bottom = std::max(bottom, y);
+                    }
+            }
+            const int width = x - left, boxHeight = bottom - top + 1;
+            const bool solid = ink >= 0.9 * width * boxHeight;
+            // As tall as the line, and wide as a character cell: not a rule,
+            // not a stroke of a letter such as l or I.
+            if (solid && boxHeight * 10 >= height * 7 && width * 5 >= boxHeight * 2) {
+                for (int y = std::max(0, line.top - 1); y <= std::min(gray.height() - 1, line.bottom + 1); ++y)
+                    std::fill_n(gray.scanLine(y) + std::max(0, left - 1), std::min(gray.width(), x + 1) - std::max(0, left - 1),
+                                uchar(lines.background));
+                ++erased;
+            }
+        }
+    }
+    return erased;
+}
+
 QImage resample(const QImage &gray, int width, int height)
 {
     if (gray.isNull() || width <= 0 || height <= 0)
@@ -272,7 +321,9 @@ Prepared prepare(const QImage &image, const Options &options)
     QImage gray = luminance(image);
     if (gray.isNull())
         return prepared;
-    const TextLines lines = findTextLines(gray);
+    TextLines lines = findTextLines(gray);
+    if (eraseSolidBlocks(gray, lines) > 0)
+        lines = findTextLines(gray);
     prepared.inverted = lines.lightOnDark;
     prepared.xHeight = lines.xHeight();
     int background = lines.background;

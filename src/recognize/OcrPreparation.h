@@ -57,6 +57,11 @@ QImage luminance(const QImage &image);
 // The ground is the most common grey; ink is what differs from it clearly.
 TextLines findTextLines(const QImage &gray);
 
+// Paints over, with the ground, the solid blocks that lie on their own in a
+// line (a terminal's cursor): no letter fills its box, and the engine reads
+// such a block into the letters above it. Returns how many it painted over.
+int eraseSolidBlocks(QImage &gray, const TextLines &lines);
+
 // Enlarges (or shrinks) a grey picture with a Catmull-Rom cubic, which keeps
 // the edges of glyphs sharp without ringing into the ground.
 QImage resample(const QImage &gray, int width, int height);

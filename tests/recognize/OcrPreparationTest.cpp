@@ -116,3 +116,41 @@ TEST(OcrPreparation, HugePicturesStayWithinTheLimit)
     const int margins = 2 * prepared.margin;
     EXPECT_LE(qint64(prepared.gray.width() - margins) * (prepared.gray.height() - margins), qint64(1) << 20);
 }
+
+TEST(OcrPreparation, ATerminalsBlockCursorIsPaintedOverAndTheLettersKept)
+{
+    QImage image = textPicture(Qt::black, QColor(210, 210, 210), 13, 2);
+    QPainter painter(&image);
+    // The cursor on a line of its own, and one after the text of the first line.
+    painter.fillRect(QRect(6, 4 + 13 * 3, 8, 15), QColor(210, 210, 210));
+    painter.fillRect(QRect(300, 4, 8, 15), QColor(210, 210, 210));
+    painter.end();
+    QImage gray = OcrPreparation::luminance(image);
+    const QImage before = gray;
+    const OcrPreparation::TextLines lines = OcrPreparation::findTextLines(gray);
+    EXPECT_EQ(OcrPreparation::eraseSolidBlocks(gray, lines), 2);
+    EXPECT_LT(gray.constScanLine(4 + 13 * 3 + 7)[10], 40);
+    EXPECT_LT(gray.constScanLine(10)[304], 40);
+    // The letters are where they were.
+    int same = 0, inked = 0;
+    for (int y = 0; y < gray.height(); ++y)
+        for (int x = 0; x < 290; ++x)
+            if (before.constScanLine(y)[x] > 100 && y < 4 + 13 * 3 - 2) {
+                ++inked;
+                same += gray.constScanLine(y)[x] == before.constScanLine(y)[x] ? 1 : 0;
+            }
+    EXPECT_GT(inked, 100);
+    EXPECT_EQ(same, inked);
+}
+
+TEST(OcrPreparation, NarrowStrokesAndRulesAreNoCursors)
+{
+    QImage image(200, 40, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    painter.fillRect(QRect(10, 5, 3, 16), Qt::black);  // a bold l
+    painter.fillRect(QRect(30, 12, 80, 3), Qt::black); // a rule
+    painter.end();
+    QImage gray = OcrPreparation::luminance(image);
+    EXPECT_EQ(OcrPreparation::eraseSolidBlocks(gray, OcrPreparation::findTextLines(gray)), 0);
+}
