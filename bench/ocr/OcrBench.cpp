@@ -6,9 +6,15 @@
 //   glimpso-ocr-bench kept DIR EXT          reads every picture with one recognizer, its
 //                                            engine loaded once, as the running copy does;
 //                                            writes sample-NNN.EXT and prints the time
+//   glimpso-ocr-bench codes DIR             barcodes other than QR (ZXing's writer draws
+//                                            them): code-NAME.png with code-NAME.code
 #include "ScreenText.h"
 
 #include "recognize/TextRecognizer.h"
+
+#define ZX_USE_UTF8 1
+#include <ZXing/BitMatrix.h>
+#include <ZXing/MultiFormatWriter.h>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -116,6 +122,47 @@ int kept(const QString &folder, const QString &extension)
     return 0;
 }
 
+// A code drawn `module` pixels a module, dark on white or inverted.
+bool writeCode(const QDir &dir, const QString &name, ZXing::BarcodeFormat format, const std::string &payload,
+               int module, bool inverted, int height = 0)
+{
+    ZXing::MultiFormatWriter writer(format);
+    writer.setMargin(0);
+    const ZXing::BitMatrix matrix = writer.encode(payload, 0, height);
+    const int quiet = 10 * module;
+    QImage image(matrix.width() * module + 2 * quiet, matrix.height() * module + 2 * quiet, QImage::Format_RGB32);
+    image.fill(inverted ? Qt::black : Qt::white);
+    for (int y = 0; y < matrix.height(); ++y)
+        for (int x = 0; x < matrix.width(); ++x)
+            if (matrix.get(x, y))
+                for (int dy = 0; dy < module; ++dy)
+                    for (int dx = 0; dx < module; ++dx)
+                        image.setPixel(quiet + x * module + dx, quiet + y * module + dy,
+                                       inverted ? qRgb(255, 255, 255) : qRgb(0, 0, 0));
+    return image.save(dir.filePath(QStringLiteral("code-%1.png").arg(name))) &&
+           writeText(dir.filePath(QStringLiteral("code-%1.code").arg(name)), QString::fromStdString(payload));
+}
+
+int codes(const QString &folder)
+{
+    QDir().mkpath(folder);
+    const QDir dir(folder);
+    using F = ZXing::BarcodeFormat;
+    bool ok = true;
+    for (const int module : {1, 2, 3}) {
+        ok = ok && writeCode(dir, QStringLiteral("code128-%1px").arg(module), F::Code128, "GLIMPSO-4711-X", module, false, 60);
+        ok = ok && writeCode(dir, QStringLiteral("ean13-%1px").arg(module), F::EAN13, "4006381333931", module, false, 60);
+        ok = ok && writeCode(dir, QStringLiteral("code39-%1px").arg(module), F::Code39, "ORDER 48213", module, false, 60);
+    }
+    ok = ok && writeCode(dir, QStringLiteral("code128-2px-inverted"), F::Code128, "GLIMPSO-4711-X", 2, true, 60);
+    for (const int module : {2, 4}) {
+        ok = ok && writeCode(dir, QStringLiteral("datamatrix-%1px").arg(module), F::DataMatrix, "SN 2024-000187", module, false);
+        ok = ok && writeCode(dir, QStringLiteral("aztec-%1px").arg(module), F::Aztec, "https://example.org/ticket/77", module, false);
+        ok = ok && writeCode(dir, QStringLiteral("pdf417-%1px").arg(module), F::PDF417, "Boarding pass 12A", module, false);
+    }
+    return ok ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -130,6 +177,8 @@ int main(int argc, char **argv)
         return score(args[1], args[2]);
     if (args.size() == 3 && args[0] == u"kept")
         return kept(args[1], args[2]);
-    std::fprintf(stderr, "usage: glimpso-ocr-bench make DIR COUNT SEED | score DIR EXT | kept DIR EXT\n");
+    if (args.size() == 2 && args[0] == u"codes")
+        return codes(args[1]);
+    std::fprintf(stderr, "usage: glimpso-ocr-bench make DIR COUNT SEED | score DIR EXT | kept DIR EXT | codes DIR\n");
     return 2;
 }

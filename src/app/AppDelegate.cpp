@@ -3,6 +3,7 @@
 #include "acquire/DesktopSpace.h"
 #include "app/CaptureCoordinator.h"
 #include "history/HistoryStore.h"
+#include "app/CaptureLaunchTests.h"
 #include "app/CaptureVerb.h"
 #include "app/HangupNotifier.h"
 #include "app/HotkeyManager.h"
@@ -238,6 +239,9 @@ void AppDelegate::addWindowAndTextParts(CaptureCoordinator::Parts &parts)
     m_recognizer = std::make_unique<TextRecognizer>(QLocale::system().uiLanguages());
     qCInfo(lcAppDelegate, "text recognition languages: %s", qUtf8Printable(m_recognizer->languages()));
     parts.prepareRecognition = [this] { m_recognizer->warmUp(); };
+    addLaunchFeature(LaunchEnvironment::Feature::testOCR, [this](const LaunchEnvironment::Request &request) {
+        CaptureLaunchTests::readText(request.value, *m_recognizer);
+    });
     parts.recognize = [this](const QImage &image) {
         return m_recognizer->recognize(image).then([](const TextRecognizer::Result &result) {
             return CaptureCoordinator::RecognizedText{result.text, result.code};
@@ -258,6 +262,10 @@ void AppDelegate::addWindowAndTextParts(CaptureCoordinator::Parts &parts)
         m_desktop.windowGrabber->prepare();
         return WindowCapture::capture(*m_desktop.windowGrabber, id, options, afterPicker);
     };
+    addLaunchFeature(LaunchEnvironment::Feature::testWindow, [this](const LaunchEnvironment::Request &request) {
+        CaptureLaunchTests::captureWindow(request.value, request.partner, *m_desktop.windows,
+                                          *m_desktop.windowGrabber, QCoreApplication::applicationPid());
+    });
 }
 
 CommandRouter::Reply AppDelegate::runCaptureVerb(const QStringList &arguments)
