@@ -66,6 +66,19 @@ void blur(Mask &mask, double sigma)
 
 } // namespace
 
+std::vector<float> profile(int length, int start, int end, double sigma)
+{
+    std::vector<float> line(std::size_t(std::max(length, 0)), 0.0f);
+    for (int i = std::max(start, 0); i < std::min(end, length); ++i)
+        line[std::size_t(i)] = 1.0f;
+    if (sigma < 0.3 || length <= 0)
+        return line;
+    std::vector<float> scratch(line.size());
+    for (const int box : boxesFor(sigma))
+        boxPass(line, scratch, length, 1, 1, length, box);
+    return line;
+}
+
 Mask shadowOf(const QImage &image, QPoint offset, QSize size, double sigma)
 {
     Mask result{size, std::vector<float>(std::size_t(size.width()) * std::size_t(size.height()), 0.0f)};

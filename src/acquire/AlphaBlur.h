@@ -23,4 +23,10 @@ struct Mask {
 // a canvas of that size.
 Mask shadowOf(const QImage &image, QPoint offset, QSize size, double sigma);
 
+// The same along one line, for an opaque rectangle: the coverage of
+// [start, end) on a line of `length` pixels, blurred. An opaque rectangle's
+// shadow is the product of its two lines' profiles, which costs a line's
+// work rather than a picture's.
+std::vector<float> profile(int length, int start, int end, double sigma);
+
 } // namespace AlphaBlur

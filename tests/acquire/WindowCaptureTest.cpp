@@ -174,3 +174,22 @@ TEST(AlphaBlur, AMoveOutsideTheMaskLeavesNothing)
     for (const float v : mask.values)
         ASSERT_EQ(v, 0.0f);
 }
+
+TEST(WindowCapture, AnOpaqueWindowsShadowIsTheSameWhicheverWayItIsWorkedOut)
+{
+    // Without alpha the shadow is worked out from the rectangle; with alpha
+    // (here all opaque) from the picture's own coverage.
+    const QImage opaque = opaqueWindow({160, 100});
+    const QImage withAlpha = opaque.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    for (const double scale : {1.0, 2.0}) {
+        const WindowCapture::Options options{QColor(Qt::white), 40.0, true};
+        const QImage fast = WindowCapture::frame(opaque, scale, options);
+        const QImage full = WindowCapture::frame(withAlpha, scale, options);
+        ASSERT_EQ(fast.size(), full.size());
+        int worst = 0;
+        for (int y = 0; y < fast.height(); ++y)
+            for (int x = 0; x < fast.width(); ++x)
+                worst = std::max(worst, std::abs(qGray(fast.pixel(x, y)) - qGray(full.pixel(x, y))));
+        EXPECT_LE(worst, 4) << "scale " << scale;
+    }
+}
