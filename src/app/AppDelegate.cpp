@@ -9,6 +9,14 @@
 #include "app/HotkeyManager.h"
 #include "app/MenuBarController.h"
 #include "app/NotifyLaunchTest.h"
+#include "app/RecordingBackend.h"
+#include "app/RecordingCommands.h"
+#include "app/RecordingCoordinator.h"
+#include "recording/FrameLogSink.h"
+#include "recording/HostClock.h"
+#include "recording/LiveAreaPicker.h"
+#include "recording/RecordingChromeWidgets.h"
+#include "recording/RecordingScheduler.h"
 #include "app/ScriptedRegionSelector.h"
 #include "app/TrayActions.h"
 #include "app/WelcomeNotice.h"
@@ -65,6 +73,7 @@ void AppDelegate::applicationDidFinishLaunching()
 
     prepareNotifier();
     buildCaptureCoordinator();
+    buildRecordingCoordinator();
     buildTrayActions();
     buildHotkeys();
     buildMenuBar();
@@ -113,7 +122,9 @@ void AppDelegate::prepareNotifier()
 void AppDelegate::buildTrayActions()
 {
     m_trayActions = std::make_unique<TrayActions>(*m_coordinator, m_settings, *m_notifier, *m_opener);
+    m_trayActions->setRecorder(m_recorder.get());
     m_trayActions->registerCommands(m_commands);
+    m_recordingCommands->registerCommands(m_commands);
     m_notifier->routes.showSettings = [this](SettingsTab tab) { m_trayActions->openSettings(tab); };
     m_notifier->routes.showUpdates = [this] { m_trayActions->checkForUpdates(); };
     m_notifier->routes.reportProblem = [this] { m_trayActions->reportProblem(); };
@@ -135,6 +146,8 @@ void AppDelegate::buildMenuBar()
     actions.checkForUpdates = [&tray] { tray.checkForUpdates(); };
     actions.reportProblem = [&tray] { tray.reportProblem(); };
     actions.quit = [] { QCoreApplication::quit(); };
+    actions.isRecording = [this] { return m_recorder->isRecording(); };
+    actions.stopRecording = [this] { m_recorder->stopRecording(); };
     m_menuBar = std::make_unique<MenuBarController>(std::move(actions), m_settings, *m_notifier,
                                                     &QSystemTrayIcon::isSystemTrayAvailable);
     m_hotkeys->setStatusMenu(m_menuBar->menu());
@@ -147,8 +160,11 @@ void AppDelegate::buildHotkeys()
                                  "every action is a command (glimpso region, glimpso all) for the desktop's "
                                  "shortcut settings", qUtf8Printable(why));
     }
-    m_hotkeys = std::make_unique<HotkeyManager>(HotkeyManager::coordinatorActions(*m_coordinator), m_settings,
-                                                *m_desktop.keys);
+    HotkeyManager::Actions hotkeyActions = HotkeyManager::coordinatorActions(*m_coordinator);
+    hotkeyActions.startRecording = [this](CaptureKind kind, HotkeyManager::RecordingTarget target, const QString &) {
+        m_recorder->record(kind, RecordingCoordinator::Area(int(target)));
+    };
+    m_hotkeys = std::make_unique<HotkeyManager>(std::move(hotkeyActions), m_settings, *m_desktop.keys);
     m_hotkeys->registerHotkeys();
 
     // The settings file edited by hand takes effect on SIGHUP, as daemons do.
@@ -266,6 +282,60 @@ void AppDelegate::addWindowAndTextParts(CaptureCoordinator::Parts &parts)
         CaptureLaunchTests::captureWindow(request.value, request.partner, *m_desktop.windows,
                                           *m_desktop.windowGrabber, QCoreApplication::applicationPid());
     });
+}
+
+void AppDelegate::buildRecordingCoordinator()
+{
+    m_recordingBackend = std::make_unique<RecordingBackend>(RecordingBackend::load());
+    m_recordingScheduler = std::make_unique<QtRecordingScheduler>();
+    const std::function<bool()> translucent = m_recordingBackend->translucentWindows;
+    LiveAreaPicker::Parts pickerParts;
+    pickerParts.translucent = translucent;
+    m_areaPicker = std::make_unique<LiveAreaPicker>(std::move(pickerParts));
+
+    RecordingCoordinator::Parts parts{m_settings, *m_notifier, *m_desktop.focus, *m_areaPicker, {}, {}};
+    parts.makeSession = [this, translucent](const QRectF &rect, const RecordingScreen &screen,
+                                            const RecordingConfig &config, std::shared_ptr<RecordingSink> sink,
+                                            RecordingSession::Completion completion) {
+        RecordingSession::Parts session{std::make_shared<RecordingChromeWidgets>(translucent && translucent()),
+                                        *m_recordingScheduler,
+                                        HostClock::system(),
+                                        *m_notifier,
+                                        m_recordingBackend->makeStream,
+                                        m_recordingBackend->makeWatches,
+                                        {}};
+        return std::make_unique<RecordingSession>(rect, screen, config, std::move(sink), std::move(completion),
+                                                  std::move(session));
+    };
+    // GLIMPSO_TEST_FRAMES=FOLDER: every recording keeps its frames' log
+    // there instead of a file of its kind (GLIMPSO_TEST_FRAMES_EVERY=N keeps
+    // every Nth frame as a picture).
+    const QString frameLog = qEnvironmentVariable("GLIMPSO_TEST_FRAMES");
+    if (!frameLog.isEmpty()) {
+        const int every = qEnvironmentVariableIntValue("GLIMPSO_TEST_FRAMES_EVERY");
+        const RecordingCoordinator::SinkFactory logSink = [frameLog, every](const QSize &, const RecordingConfig &) {
+            return std::make_shared<FrameLogSink>(frameLog, every);
+        };
+        parts.sinks[CaptureKind::gif] = logSink;
+        parts.sinks[CaptureKind::video] = logSink;
+    }
+    if (m_windowPicker)
+        parts.pickWindow = [this](RecordingCoordinator::WindowPickCompletion done) {
+            m_windowPicker->pick([done](const std::optional<WindowTarget> &target, Qt::KeyboardModifiers) {
+                done(target ? std::optional<QRectF>(target->frame) : std::nullopt);
+            });
+        };
+    parts.isCapturing = [this] { return m_coordinator->isCapturing(); };
+    parts.setCapturing = [this](bool capturing) { m_coordinator->setCapturing(capturing); };
+    parts.hasCaptureAccess = [this] { return m_desktop.screens->hasCaptureAccess(); };
+    parts.requestCaptureAccess = [this] { m_desktop.screens->requestCaptureAccess(); };
+    parts.saveFile = [this](const QString &path, CaptureKind kind) { return m_output->saveFile(path, kind); };
+    parts.copyFile = [this](const QString &path, CaptureKind kind) { m_output->copyFile(path, kind); };
+    parts.addHistoryFile = [this](const QString &path) { m_history->addFile(path); };
+    parts.note = [](const QString &sentence) { qCInfo(lcAppDelegate, "diary: %s", qUtf8Printable(sentence)); };
+    m_recorder = std::make_unique<RecordingCoordinator>(std::move(parts));
+    m_recordingCommands = std::make_unique<RecordingCommands>(*m_recorder);
+    qCInfo(lcAppDelegate, "recording backend: %s", qUtf8Printable(m_recordingBackend->name));
 }
 
 CommandRouter::Reply AppDelegate::runCaptureVerb(const QStringList &arguments)

@@ -32,6 +32,11 @@ class TextRecognizer;
 class TrayActions;
 class WindowCommand;
 class WindowPicker;
+class LiveAreaPicker;
+class QtRecordingScheduler;
+class RecordingCommands;
+class RecordingCoordinator;
+struct RecordingBackend;
 
 // Builds the long-lived objects in their fixed order once the application runs,
 // and tears down what must go at the end. Owned by main for the life of the process.
@@ -63,6 +68,7 @@ private:
     void registerCommands();
     void buildCaptureCoordinator();
     void addWindowAndTextParts(CaptureCoordinator::Parts &parts);
+    void buildRecordingCoordinator();
     void buildHotkeys();
     CommandRouter::Reply runCaptureVerb(const QStringList &arguments);
     CommandRouter::Reply runInteractiveCapture(const CaptureVerb &verb);
@@ -92,4 +98,9 @@ private:
     std::unique_ptr<TrayActions> m_trayActions;
     std::unique_ptr<MenuBarController> m_menuBar;
     std::unique_ptr<HangupNotifier> m_hangup;
+    std::unique_ptr<RecordingBackend> m_recordingBackend;
+    std::unique_ptr<QtRecordingScheduler> m_recordingScheduler;
+    std::unique_ptr<LiveAreaPicker> m_areaPicker;
+    std::unique_ptr<RecordingCoordinator> m_recorder;
+    std::unique_ptr<RecordingCommands> m_recordingCommands;
 };

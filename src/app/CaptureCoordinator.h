@@ -95,6 +95,8 @@ public:
     ~CaptureCoordinator() override;
 
     bool isCapturing() const { return m_isCapturing; }
+    // The recording coordinator's area pick holds the same guard.
+    void setCapturing(bool capturing) { m_isCapturing = capturing; }
     bool hasRegionSelector() const { return m_regionSelector != nullptr; }
     // Whether this build can pick a window to capture.
     bool canPickWindows() const { return m_parts.pickWindow && m_parts.captureWindow; }

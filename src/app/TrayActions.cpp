@@ -1,6 +1,7 @@
 #include "app/TrayActions.h"
 
 #include "app/CaptureCoordinator.h"
+#include "app/RecordingCoordinator.h"
 #include "appbase/AppError.h"
 #include "output/DesktopOpener.h"
 #include "output/Notifying.h"
@@ -57,14 +58,19 @@ Reply TrayActions::captureAfterDelay(qint64 seconds)
     return {};
 }
 
-Reply TrayActions::record(CaptureKind kind, RecordingArea)
+Reply TrayActions::record(CaptureKind kind, RecordingArea area)
 {
-    return notAvailableYet(kind == CaptureKind::gif ? QStringLiteral("GIF recording") : QStringLiteral("Video recording"));
+    if (!m_recorder)
+        return notAvailableYet(kind == CaptureKind::gif ? QStringLiteral("GIF recording") : QStringLiteral("Video recording"));
+    m_recorder->record(kind, RecordingCoordinator::Area(int(area)));
+    return {};
 }
 
 Reply TrayActions::stopRecording()
 {
-    return {1, {}, QStringLiteral("glimpso: no recording is running")};
+    if (!m_recorder || !m_recorder->stopRecording())
+        return {1, {}, QStringLiteral("glimpso: no recording is running")};
+    return {};
 }
 
 Reply TrayActions::showHistory()
@@ -145,17 +151,6 @@ void TrayActions::registerCommands(CommandRouter &router)
             return usage(QStringLiteral("delay N (whole seconds, 1 to 3600)"));
         return captureAfterDelay(*seconds);
     });
-    for (const CaptureKind kind : {CaptureKind::gif, CaptureKind::video}) {
-        const QString verb = kind == CaptureKind::gif ? QStringLiteral("gif") : QStringLiteral("video");
-        router.add(verb, [this, kind, verb](const QStringList &arguments) {
-            const std::optional<RecordingArea> area =
-                arguments.isEmpty() ? RecordingArea::area : recordingArea(arguments.value(0));
-            if (!area || arguments.size() > 1)
-                return usage(verb + QStringLiteral(" [area|window|screen]"));
-            return record(kind, *area);
-        });
-    }
-    router.add(QStringLiteral("stop"), [this](const QStringList &) { return stopRecording(); });
     // `history --list` never gets here: the command line lists it itself.
     router.add(QStringLiteral("history"), [this](const QStringList &arguments) {
         return arguments.isEmpty() ? showHistory() : usage(QStringLiteral("history [--list [--json]]"));

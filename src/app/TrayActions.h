@@ -11,6 +11,7 @@
 
 class AppSettings;
 class CaptureCoordinator;
+class RecordingCoordinator;
 class DesktopOpener;
 class Notifying;
 
@@ -26,6 +27,8 @@ public:
     enum class RecordingArea { area, window, screen };
 
     TrayActions(CaptureCoordinator &coordinator, AppSettings &settings, Notifying &notifier, DesktopOpener &desktop);
+    // Where the record entries go; without one they say they are not available.
+    void setRecorder(RecordingCoordinator *recorder) { m_recorder = recorder; }
 
     Reply captureWindow();
     // Stores the delay and starts the countdown of a region capture.
@@ -40,8 +43,8 @@ public:
     Reply openFolder();
     Reply setEditMode(EditMode mode);
 
-    // The verbs: window, delay N, gif, video, stop, history, settings,
-    // open-folder, updates, report, edit-mode.
+    // The verbs: window, delay N, history, settings, open-folder, updates,
+    // report, edit-mode (the recording verbs are RecordingCommands').
     void registerCommands(CommandRouter &router);
 
     // A delay the command line accepts: whole seconds from 1 to 3600.
@@ -58,4 +61,5 @@ private:
     AppSettings &m_settings;
     Notifying &m_notifier;
     DesktopOpener &m_desktop;
+    RecordingCoordinator *m_recorder = nullptr;
 };

@@ -1,6 +1,7 @@
 #include "platform/x11/CaptureService.h"
 
 #include "platform/x11/HugePageImage.h"
+#include "platform/x11/X11PixelFormat.h"
 
 #include "appbase/AppError.h"
 
@@ -39,19 +40,6 @@ Reply<T> reply(T *raw)
 xcb_screen_t *firstScreen(xcb_connection_t *c)
 {
     return xcb_setup_roots_iterator(xcb_get_setup(c)).data;
-}
-
-// The root window's own pixel format, when it is the one QImage::Format_RGB32
-// reads: 32 bits per pixel, depth 24 or 32, least significant byte first.
-bool hasRgb32Layout(xcb_connection_t *c, std::uint8_t depth)
-{
-    const xcb_setup_t *setup = xcb_get_setup(c);
-    if (setup->image_byte_order != XCB_IMAGE_ORDER_LSB_FIRST || (depth != 24 && depth != 32))
-        return false;
-    for (auto it = xcb_setup_pixmap_formats_iterator(setup); it.rem; xcb_format_next(&it))
-        if (it.data->depth == depth)
-            return it.data->bits_per_pixel == 32;
-    return false;
 }
 
 // X leaves the unused top byte of each 32-bit pixel at 0, while QImage's
@@ -271,7 +259,7 @@ QImage CaptureService::grab(const QRect &requested, bool plainAllowed)
     const QRect rect = requested.intersected(rootRect);
     if (rect.isEmpty())
         throw AppError::captureFailed(QStringLiteral("the display lies outside the X screen"));
-    if (!hasRgb32Layout(c, screen->root_depth))
+    if (!X11PixelFormat::hasRgb32Layout(c, screen->root_depth))
         throw AppError::captureFailed(QStringLiteral("the X screen's pixel format is not supported"));
 
     std::optional<QImage> image;

@@ -18,7 +18,6 @@ public:
     // Where a display's pixels lie on the root window; absent when no screen
     // has that id any more. For CaptureService.
     static std::optional<QRect> rootPixels(std::uint32_t displayID);
-
-private:
+    // Qt's screens, the primary first: the order display ids are made in.
     static QList<QScreen *> ordered();
 };
