@@ -16,6 +16,17 @@ CommandRouter::Reply usage(const QString &why)
     return {2, {}, why};
 }
 
+// Runs `loop` until it is quit or `limitMs` pass, unless what it waits for
+// has happened already: the picker can come up, and a flow can end, before
+// the call that started it returns, and a quit before exec() is lost.
+void waitUnless(QEventLoop &loop, const bool &happened, int limitMs)
+{
+    if (happened)
+        return;
+    QTimer::singleShot(limitMs, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
 } // namespace
 
 WindowCommand::WindowCommand(CaptureCoordinator &coordinator, WindowList *windows, ScreenList &screens,
@@ -103,20 +114,21 @@ CommandRouter::Reply WindowCommand::run(const QStringList &arguments)
     // The answer waits for the picture to be out, so that a script finds the
     // file and the clipboard ready when the command returns.
     QEventLoop loop;
+    bool ended = false;
     CommandRouter::Reply reply{1, {}, QStringLiteral("glimpso: the capture did not finish")};
     const auto connection = QObject::connect(&m_coordinator, &CaptureCoordinator::windowFlowEnded, &loop,
-                                             [&reply, &loop](const QString &path, const QString &failure) {
+                                             [&](const QString &path, const QString &failure) {
                                                  if (failure.isEmpty())
                                                      reply = {0, path.isEmpty() ? QString() : path + u'\n', {}};
                                                  else
                                                      reply = {1, {}, QStringLiteral("glimpso: ") + failure};
+                                                 ended = true;
                                                  loop.quit();
                                              });
     // Without --copy or --save, where a picked window would go.
     m_coordinator.captureWindow([windowID](CaptureCoordinator::PickCompletion done) { done(windowID, false); },
                                 output);
-    QTimer::singleShot(55000, &loop, &QEventLoop::quit);
-    loop.exec();
+    waitUnless(loop, ended, 55000);
     QObject::disconnect(connection);
     return reply;
 }
@@ -126,22 +138,24 @@ CommandRouter::Reply WindowCommand::runPicker()
     // The command returns once the picker is up (or the capture could not
     // start); the click is the user's business.
     QEventLoop loop;
+    bool answered = false;
     CommandRouter::Reply reply{1, {}, QStringLiteral("glimpso: the window picker did not come up")};
     const auto presented = QObject::connect(&InProcessNotices::instance(), &InProcessNotices::overlayDidPresent, &loop,
-                                            [&reply, &loop] {
+                                            [&] {
                                                 reply = {0, {}, {}};
+                                                answered = true;
                                                 loop.quit();
                                             });
     const auto ended = QObject::connect(&m_coordinator, &CaptureCoordinator::windowFlowEnded, &loop,
-                                        [&reply, &loop](const QString &, const QString &failure) {
+                                        [&](const QString &, const QString &failure) {
                                             reply = failure.isEmpty()
                                                 ? CommandRouter::Reply{0, {}, {}}
                                                 : CommandRouter::Reply{1, {}, QStringLiteral("glimpso: ") + failure};
+                                            answered = true;
                                             loop.quit();
                                         });
     m_coordinator.captureWindow();
-    QTimer::singleShot(20000, &loop, &QEventLoop::quit);
-    loop.exec();
+    waitUnless(loop, answered, 20000);
     QObject::disconnect(presented);
     QObject::disconnect(ended);
     return reply;
