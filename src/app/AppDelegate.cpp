@@ -19,11 +19,15 @@
 #include "recording/RecordingScheduler.h"
 #include "app/ScriptedRegionSelector.h"
 #include "app/TrayActions.h"
+#include "app/UploadCommands.h"
+#include "app/UploadIndicator.h"
 #include "app/WelcomeNotice.h"
 #include "app/WindowCommand.h"
 #include "acquire/WindowCapture.h"
 #include "overlay/WindowPicker.h"
 #include "recognize/TextRecognizer.h"
+#include "cloud/UploadService.h"
+#include "platform/dbus/KeychainStore.h"
 #include "appbase/InProcessNotices.h"
 #include "overlay/RegionSelector.h"
 #include "platform/dbus/DBusDesktopOpener.h"
@@ -72,6 +76,7 @@ void AppDelegate::applicationDidFinishLaunching()
     m_singleInstance.onHandOff([] { qCInfo(lcAppDelegate) << "another launch handed off to this copy"; });
 
     prepareNotifier();
+    buildUploads();
     buildCaptureCoordinator();
     buildRecordingCoordinator();
     buildTrayActions();
@@ -215,6 +220,22 @@ void AppDelegate::registerCommands()
     m_commands.add(QStringLiteral("settings-path"), [this](const QStringList &) {
         return CommandRouter::Reply{0, m_storage.filePath() + u'\n', {}};
     });
+    m_uploadCommands->registerCommands(m_commands);
+}
+
+void AppDelegate::buildUploads()
+{
+    // The keyring is only looked into when an upload first needs the keys.
+    m_keychain = std::make_unique<KeychainStore>();
+    m_settings.useCredentialStores(CredentialFile(), *m_keychain);
+    UploadService::Parts parts{m_settings, {}, {}, {}};
+    parts.copyLink = [](const QString &link) { QGuiApplication::clipboard()->setText(link); };
+    m_uploads = std::make_unique<UploadService>(std::move(parts));
+    m_uploadIndicator = std::make_unique<UploadIndicator>(*m_uploads, *m_notifier, [this](const QString &activity) {
+        if (m_menuBar)
+            m_menuBar->setActivity(activity);
+    });
+    m_uploadCommands = std::make_unique<UploadCommands>(*m_uploads, m_settings, *m_notifier);
 }
 
 void AppDelegate::buildCaptureCoordinator()
@@ -235,6 +256,10 @@ void AppDelegate::buildCaptureCoordinator()
     parts.copyTextToClipboard = [](const QString &text) { QGuiApplication::clipboard()->setText(text); };
     parts.addHistoryFile = [this](const QString &path) { m_history->addFile(path); };
     parts.addHistoryText = [this](const QString &text) { m_history->addText(text); };
+    parts.upload = [this](const QImage &image, const QString &savedPath) {
+        return m_uploads->upload(image, savedPath).then(
+            [](const UploadService::UploadResult &result) { return result.url; });
+    };
     parts.makeSelector = [this](const QList<ScreenSnapshot> &snapshots, CaptureIntent intent,
                                 std::function<void(const RegionResult &)> completion) {
         RegionSelector::Options options;

@@ -338,7 +338,7 @@ QFuture<std::optional<QString>> CaptureCoordinator::dispatch(const EditorAction 
                           promise->finish();
                           return;
                       }
-                      self->m_parts.upload(image)
+                      self->m_parts.upload(image, path)
                           .then(self.data(),
                                 [self, promise, path](const QUrl &link) {
                                     const QString text = link.toString(QUrl::FullyEncoded);

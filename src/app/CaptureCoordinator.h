@@ -78,8 +78,10 @@ public:
         // A text capture has begun: the reader may get ready while the user
         // drags.
         std::function<void()> prepareRecognition;
-        // Uploads and returns the public link.
-        std::function<QFuture<QUrl>(const QImage &)> upload;
+        // Uploads and returns the public link. `savedPath` is the capture's
+        // file just written: when it is the picture's PNG, its bytes serve
+        // as they are, and the picture is not encoded a second time.
+        std::function<QFuture<QUrl>(const QImage &, const QString &savedPath)> upload;
         std::function<void(const QString &path)> addHistoryFile;
         std::function<void(const QString &text)> addHistoryText;
         // Replaces the clipboard with plain text.

@@ -1,5 +1,7 @@
 #include "app/CommandLine.h"
 
+#include <QFileInfo>
+
 #include <array>
 
 namespace CommandLine {
@@ -23,6 +25,8 @@ constexpr std::array kVerbs = {
     Verb{"edit-mode", "[onScreen|afterCapture]", "Draw on the frozen screen or in the editor window; alone, print which", 0, 1, true, false},
     Verb{"updates", "", "Check for updates", 0, 0, true, false},
     Verb{"report", "", "Report a problem", 0, 0, true, false},
+    Verb{"upload", "FILE", "Upload FILE to the cloud bucket; print its link, which is also copied", 1, 1, true, false, 24 * 3600 * 1000, nullptr, true},
+    Verb{"cloud-credentials", "", "Keep the cloud access key and secret, read as two lines from standard input", 0, 0, false, true},
     Verb{"quit", "", "Quit the running copy of glimpso", 0, 0, false, false},
 };
 } // namespace
@@ -62,10 +66,13 @@ Invocation parse(const QStringList &arguments)
             expected += u' ' + QLatin1String(verb->arguments);
         return {Invocation::Kind::usageError, {}, QStringLiteral("glimpso: usage: glimpso %1").arg(expected)};
     }
+    QStringList sent = arguments;
+    if (verb->firstArgumentIsPath && count > 0)
+        sent[1] = QFileInfo(sent[1]).absoluteFilePath();
     const bool inProcess = verb->runsInProcess &&
                            (!verb->inProcessOption || (count > 0 && arguments[1] == QLatin1String(verb->inProcessOption)));
     const auto kind = inProcess ? Invocation::Kind::runInProcess : Invocation::Kind::sendVerb;
-    return {kind, arguments, {}};
+    return {kind, sent, {}};
 }
 
 QString usage()

@@ -21,6 +21,7 @@ struct Verb {
                             // (only with inProcessOption as its first argument, when there is one)
     int answerTimeoutMs = 0; // how long the running copy may take to answer; 0 for the usual time
     const char *inProcessOption = nullptr;
+    bool firstArgumentIsPath = false; // made absolute here: the running copy has another working folder
 };
 
 std::span<const Verb> verbs();

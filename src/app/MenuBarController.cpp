@@ -250,8 +250,16 @@ void MenuBarController::recordingChanged()
     } else {
         m_trayIcon->setContextMenu(m_menu.get());
         m_trayIcon->setIcon(TrayIcons::marqueeIcon(dark));
-        m_trayIcon->setToolTip(QStringLiteral("glimpso"));
+        setActivity(m_activity);
     }
+}
+
+void MenuBarController::setActivity(const QString &activity)
+{
+    m_activity = activity;
+    if (m_showsRecording)
+        return;
+    m_trayIcon->setToolTip(activity.isEmpty() ? QStringLiteral("glimpso") : QStringLiteral("glimpso — ") + activity);
 }
 
 void MenuBarController::activated(QSystemTrayIcon::ActivationReason reason)

@@ -77,6 +77,9 @@ public:
     void refreshShortcuts();
     // The icon's role follows whether a recording runs.
     void recordingChanged();
+    // What glimpso is busy with ("Uploading 42%"), shown in the icon's
+    // tooltip while no recording runs; empty when nothing.
+    void setActivity(const QString &activity);
     // Fill the two late menus from the stored values; each runs when its menu opens.
     void fillDelayMenu();
     void fillEditMenu();
@@ -110,4 +113,5 @@ private:
     QList<QPair<QAction *, QPair<QString, Setting<Hotkey> *>>> m_shortcutItems;
     QList<QMetaObject::Connection> m_connections;
     bool m_showsRecording = false;
+    QString m_activity;
 };

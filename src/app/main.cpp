@@ -1,4 +1,5 @@
 #include "app/AppDelegate.h"
+#include "app/CloudCredentialsCommand.h"
 #include "app/CommandClient.h"
 #include "app/CommandLine.h"
 #include "app/HistoryListingProgram.h"
@@ -54,7 +55,7 @@ int sendVerb(int argc, char **argv, const QStringList &arguments)
     return outcome.exitCode;
 }
 
-// Verbs that only read what is on disk: no running copy, no display, no bus.
+// Verbs that only read or write what is on disk: no running copy, no display.
 int runInProcess(int argc, char **argv, const QStringList &arguments)
 {
     if (arguments.first() == u"ocr") {
@@ -65,6 +66,8 @@ int runInProcess(int argc, char **argv, const QStringList &arguments)
         ConsoleText::print(stderr, outcome.error);
         return outcome.exitCode;
     }
+    if (arguments.first() == u"cloud-credentials")
+        return CloudCredentialsCommand::runProgram(argc, argv);
     return HistoryListingProgram::run(argc, argv, arguments.mid(1));
 }
 

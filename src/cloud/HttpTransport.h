@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
+
 namespace glimpso::cloud {
 
 // What the provider needs to know of an answer.
@@ -28,6 +30,10 @@ public:
     virtual HttpResponse send(const HttpRequest &request, const QByteArray &body) = 0;
     // Streams the body from the file at `path` without holding it in memory.
     virtual HttpResponse sendFile(const HttpRequest &request, const QString &path) = 0;
+
+    // Bytes of the body sent so far, and of the whole body, while a request
+    // goes out; called on the thread that sends. May be left empty.
+    std::function<void(qint64 sent, qint64 total)> onUploadProgress;
 };
 
 } // namespace glimpso::cloud

@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QTimer>
 
 namespace glimpso::cloud {
 
@@ -19,12 +20,23 @@ struct ReplyDeleter
     void operator()(QNetworkReply *reply) const { reply->deleteLater(); }
 };
 
-void waitForFinished(QNetworkReply *reply)
+const QString kStoppedText = QStringLiteral("The request was stopped.");
+constexpr int kStopPollMs = 100;
+
+void waitForFinished(QNetworkReply *reply, const std::function<bool()> &stopped)
 {
     if (reply->isFinished())
         return;
     QEventLoop loop;
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    QTimer poll;
+    if (stopped) {
+        QObject::connect(&poll, &QTimer::timeout, reply, [reply, &stopped] {
+            if (stopped())
+                reply->abort();
+        });
+        poll.start(kStopPollMs);
+    }
     loop.exec(QEventLoop::ExcludeUserInputEvents);
 }
 
@@ -66,12 +78,27 @@ QNetworkRequest NetworkTransport::networkRequest(const HttpRequest &request) con
 
 HttpResponse NetworkTransport::run(const HttpRequest &request, QIODevice *body)
 {
+    if (stopped())
+        throw TransportError(kStoppedText);
     if (!m_manager)
         m_manager = std::make_unique<QNetworkAccessManager>();
     const QByteArray method = request.method.isEmpty() ? QByteArray("GET") : request.method;
     std::unique_ptr<QNetworkReply, ReplyDeleter> reply(
         m_manager->sendCustomRequest(networkRequest(request), method, body));
-    waitForFinished(reply.get());
+    if (onUploadProgress) {
+        QObject::connect(reply.get(), &QNetworkReply::uploadProgress, reply.get(),
+            [this](qint64 sent, qint64 total) {
+                // The reply ends with a report of 0 of 0, which is no progress.
+                if (total > 0)
+                    onUploadProgress(sent, total);
+            });
+    }
+    std::function<bool()> stopFlag;
+    if (m_stop)
+        stopFlag = [this] { return stopped(); };
+    waitForFinished(reply.get(), stopFlag);
+    if (stopped())
+        throw TransportError(kStoppedText);
 
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
     if (!status.isValid()) {

@@ -3,6 +3,8 @@
 #include "cloud/HttpTransport.h"
 
 #include <QNetworkRequest>
+
+#include <atomic>
 #include <memory>
 
 class QIODevice;
@@ -27,12 +29,21 @@ public:
     HttpResponse send(const HttpRequest &request, const QByteArray &body) override;
     HttpResponse sendFile(const HttpRequest &request, const QString &path) override;
 
+    // Once the flag is set, from any thread, the request under way is dropped
+    // within a tenth of a second and every request fails at once with
+    // TransportError "The request was stopped.": how a quitting program ends
+    // uploads that are still running.
+    void setStopFlag(std::shared_ptr<const std::atomic<bool>> stop) { m_stop = std::move(stop); }
+
 private:
     QNetworkRequest networkRequest(const HttpRequest &request) const;
     HttpResponse run(const HttpRequest &request, QIODevice *body);
 
+    bool stopped() const { return m_stop && m_stop->load(); }
+
     int m_timeoutMs;
     std::unique_ptr<QNetworkAccessManager> m_manager;
+    std::shared_ptr<const std::atomic<bool>> m_stop;
 };
 
 } // namespace glimpso::cloud

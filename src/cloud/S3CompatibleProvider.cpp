@@ -9,6 +9,8 @@
 #include <QLoggingCategory>
 #include <QStringDecoder>
 
+#include <algorithm>
+
 namespace glimpso::cloud {
 
 namespace {
@@ -35,6 +37,20 @@ QByteArray partEntry(std::size_t number, const QByteArray &etag)
         + "</ETag></Part>";
 }
 
+// Leaves the transport without a progress handler when an upload is over,
+// however it ends: the handler points at the provider.
+class ProgressScope
+{
+public:
+    explicit ProgressScope(HttpTransport &transport) : m_transport(transport) { }
+    ~ProgressScope() { m_transport.onUploadProgress = {}; }
+    ProgressScope(const ProgressScope &) = delete;
+    ProgressScope &operator=(const ProgressScope &) = delete;
+
+private:
+    HttpTransport &m_transport;
+};
+
 } // namespace
 
 S3CompatibleProvider::S3CompatibleProvider(Config config, std::shared_ptr<HttpTransport> transport)
@@ -49,6 +65,7 @@ UploadResult S3CompatibleProvider::upload(
     const QString fullKey = join(m_config.keyPrefix, key);
     const QUrl url = objectURL(fullKey);
 
+    const ProgressScope progress(*m_transport);
     HttpRequest request = objectRequest("PUT", url);
     request.setHeader("Content-Type", contentType.toUtf8());
     request.setHeader("Content-Length", QByteArray::number(data.size()));
@@ -56,6 +73,7 @@ UploadResult S3CompatibleProvider::upload(
     signer().sign(request, AWSSigV4::sha256Hex(data), m_clock());
 
     qCInfo(lcUpload, "PUT %s (%lld bytes)", qUtf8Printable(url.toString()), qlonglong(data.size()));
+    reportProgressFrom(0, data.size());
     const HttpResponse response = m_transport->send(request, data);
     if (response.isHttp && (response.status < 200 || response.status > 299))
         qCCritical(lcUpload, "upload failed: HTTP %d %s", response.status,
@@ -71,6 +89,7 @@ UploadResult S3CompatibleProvider::uploadFile(
     const QUrl url = objectURL(fullKey);
     const QFileInfo info(filePath);
     const qint64 size = info.exists() ? info.size() : 0;
+    const ProgressScope progress(*m_transport);
 
     if (size > m_multipartThreshold)
         return multipartUpload(filePath, size, url, fullKey, contentType);
@@ -83,6 +102,7 @@ UploadResult S3CompatibleProvider::uploadFile(
     signer().sign(request, kUnsignedPayload, m_clock());
 
     qCInfo(lcUpload, "PUT file %s (%lld bytes)", qUtf8Printable(url.toString()), qlonglong(size));
+    reportProgressFrom(0, size);
     check(m_transport->sendFile(request, filePath));
     return { publicURL(fullKey, url), fullKey };
 }
@@ -119,8 +139,10 @@ void S3CompatibleProvider::uploadParts(
     QFile file(filePath);
     if (!file.open(QIODevice::ReadOnly))
         throw TransportError(file.errorString());
+    const qint64 size = file.size();
 
     for (std::size_t number = 1;; ++number) {
+        const qint64 offset = file.pos();
         // One part in memory at a time: the next is read only after the
         // previous one is acknowledged and released.
         const QByteArray part = file.read(kPartSize);
@@ -131,6 +153,7 @@ void S3CompatibleProvider::uploadParts(
                 { QStringLiteral("uploadId"), uploadId } });
         HttpRequest request = objectRequest("PUT", url);
         request.setHeader("Content-Length", QByteArray::number(part.size()));
+        reportProgressFrom(offset, size);
         const HttpResponse response = sendSigned(request, part, kUnsignedPayload);
         check(response);
         if (response.etag.isEmpty())
@@ -144,6 +167,7 @@ void S3CompatibleProvider::completeUpload(
 {
     // No XML declaration, no line breaks, nothing escaped: ETags are quoted
     // hexadecimal and part numbers are digits.
+    m_transport->onUploadProgress = {};
     QByteArray body = "<CompleteMultipartUpload>";
     for (std::size_t i = 0; i < etags.size(); ++i)
         body += partEntry(i + 1, etags[i]);
@@ -163,13 +187,40 @@ void S3CompatibleProvider::completeUpload(
 
 void S3CompatibleProvider::abortUpload(const QUrl &objectURL, const QString &uploadId) noexcept
 {
+    // The caller reports the first error, whatever happens here; an abort that
+    // does not get through is handed on so that it can be tried again later.
+    if (abortMultipartUpload(objectURL, uploadId) || !onAbandoned)
+        return;
     try {
+        onAbandoned(objectURL, uploadId);
+    } catch (...) {
+    }
+}
+
+bool S3CompatibleProvider::abortMultipartUpload(const QUrl &objectURL, const QString &uploadId) noexcept
+{
+    try {
+        if (m_transport)
+            m_transport->onUploadProgress = {};
         HttpRequest request
             = objectRequest("DELETE", withQuery(objectURL, { { QStringLiteral("uploadId"), uploadId } }));
-        sendSigned(request, {}, AWSSigV4::sha256Hex({}));
+        const HttpResponse response = sendSigned(request, {}, AWSSigV4::sha256Hex({}));
+        // 404: the server knows no such upload any more, so nothing is left.
+        return response.isHttp && ((response.status >= 200 && response.status <= 299) || response.status == 404);
     } catch (...) {
-        // Nothing more can be done here; the caller reports the first error.
+        return false;
     }
+}
+
+void S3CompatibleProvider::reportProgressFrom(qint64 offset, qint64 total)
+{
+    if (!onProgress) {
+        m_transport->onUploadProgress = {};
+        return;
+    }
+    m_transport->onUploadProgress = [this, offset, total](qint64 sent, qint64) {
+        onProgress(std::min(offset + sent, total), total);
+    };
 }
 
 HttpResponse S3CompatibleProvider::sendSigned(

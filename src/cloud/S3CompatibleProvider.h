@@ -55,6 +55,18 @@ public:
     // The signing date; the current time unless a test fixes it.
     void setClock(std::function<QDateTime()> clock) { m_clock = std::move(clock); }
 
+    // Bytes of the object stored so far and its size, while an upload runs;
+    // called on the uploading thread. May be left empty.
+    std::function<void(qint64 done, qint64 total)> onProgress;
+    // A multipart upload whose abort did not get through after a failure: its
+    // parts stay in the bucket until `abortMultipartUpload` succeeds later.
+    // May be left empty.
+    std::function<void(const QUrl &objectURL, const QString &uploadId)> onAbandoned;
+
+    // Releases the parts of an unfinished multipart upload. True when the
+    // server took the abort, or knows no such upload any more.
+    bool abortMultipartUpload(const QUrl &objectURL, const QString &uploadId) noexcept;
+
     // The building blocks of the requests, pure and public so they can be
     // checked on their own.
     static QString join(const QString &prefix, const QString &key);
@@ -72,6 +84,8 @@ private:
         std::vector<QByteArray> &etags);
     void completeUpload(const QUrl &objectURL, const QString &uploadId, const std::vector<QByteArray> &etags);
     void abortUpload(const QUrl &objectURL, const QString &uploadId) noexcept;
+    // Routes the transport's progress to onProgress, `offset` bytes into an object of `total`.
+    void reportProgressFrom(qint64 offset, qint64 total);
     HttpResponse sendSigned(HttpRequest request, const QByteArray &body, const QByteArray &payloadHash);
     HttpRequest objectRequest(const QByteArray &method, const QUrl &url) const;
     AWSSigV4 signer() const;

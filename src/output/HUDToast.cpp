@@ -93,10 +93,6 @@ QWidget *HUDToast::makePanel(const QString &title, const QString &body, bool cli
     auto *panel = new QWidget(nullptr, flags);
     panel->setAttribute(Qt::WA_ShowWithoutActivating);
     panel->setAttribute(Qt::WA_TranslucentBackground);
-    // Screen readers and tests find the notice by its words.
-    const QString text = body.isEmpty() ? title : title + QStringLiteral(" — ") + body;
-    panel->setWindowTitle(QStringLiteral("glimpso notice: ") + text);
-    panel->setAccessibleName(text);
     panel->setObjectName(QStringLiteral("HUDToast"));
     panel->setStyleSheet(QStringLiteral("#HUDToast { background: transparent; }"
                                         "#HUDToastBackground { background: rgba(0, 0, 0, 209); border-radius: 12px; }"));
@@ -113,6 +109,31 @@ QWidget *HUDToast::makePanel(const QString &title, const QString &body, bool cli
     QLabel *bodyLabel = textLabel(background, body, bodyFont, QColor(255, 255, 255, 191), maxTextWidth);
     titleLabel->setObjectName(QStringLiteral("title"));
     bodyLabel->setObjectName(QStringLiteral("body"));
+    arrange(panel, title, body);
+    if (clickable) {
+        panel->setCursor(Qt::PointingHandCursor);
+        for (QWidget *part : {static_cast<QWidget *>(panel), background, static_cast<QWidget *>(titleLabel),
+                              static_cast<QWidget *>(bodyLabel)})
+            part->installEventFilter(const_cast<HUDToast *>(this));
+    }
+    return panel;
+}
+
+void HUDToast::arrange(QWidget *panel, const QString &title, const QString &body)
+{
+    auto *background = panel->findChild<QWidget *>(QStringLiteral("HUDToastBackground"));
+    auto *titleLabel = panel->findChild<QLabel *>(QStringLiteral("title"));
+    auto *bodyLabel = panel->findChild<QLabel *>(QStringLiteral("body"));
+    if (!background || !titleLabel || !bodyLabel)
+        return;
+    // Screen readers and tests find the notice by its words.
+    const QString text = body.isEmpty() ? title : title + QStringLiteral(" — ") + body;
+    panel->setWindowTitle(QStringLiteral("glimpso notice: ") + text);
+    panel->setAccessibleName(text);
+    titleLabel->setText(QFontMetrics(titleLabel->font()).elidedText(title, Qt::ElideMiddle, maxTextWidth));
+    bodyLabel->setText(QFontMetrics(bodyLabel->font()).elidedText(body, Qt::ElideMiddle, maxTextWidth));
+    titleLabel->adjustSize();
+    bodyLabel->adjustSize();
 
     const int textWidth = std::min(std::max(titleLabel->width(), bodyLabel->width()), maxTextWidth);
     const int width = textWidth + 2 * sidePadding;
@@ -122,13 +143,14 @@ QWidget *HUDToast::makePanel(const QString &title, const QString &body, bool cli
     bodyLabel->setGeometry(sidePadding, bottomPadding + titleLabel->height() + 1, textWidth, bodyLabel->height());
     background->setGeometry(0, 0, width, height);
     panel->resize(width, height);
-    if (clickable) {
-        panel->setCursor(Qt::PointingHandCursor);
-        for (QWidget *part : {static_cast<QWidget *>(panel), background, static_cast<QWidget *>(titleLabel),
-                              static_cast<QWidget *>(bodyLabel)})
-            part->installEventFilter(const_cast<HUDToast *>(this));
-    }
-    return panel;
+}
+
+void HUDToast::changeText(const QString &title, const QString &body)
+{
+    if (!m_panel)
+        return;
+    arrange(m_panel, title, body);
+    place(m_panel);
 }
 
 void HUDToast::place(QWidget *panel) const

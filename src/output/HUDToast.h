@@ -26,6 +26,7 @@ public:
 
     void show(const QString &title, const QString &body, double seconds, std::function<void()> onClick) override;
     void dismiss() override;
+    void changeText(const QString &title, const QString &body) override;
 
     // The window standing now, if any.
     QWidget *panel() const { return m_panel; }
@@ -35,6 +36,8 @@ protected:
 
 private:
     QWidget *makePanel(const QString &title, const QString &body, bool clickable) const;
+    // Sets the words and sizes the panel around them.
+    static void arrange(QWidget *panel, const QString &title, const QString &body);
     void place(QWidget *panel) const;
     void forget(QWidget *panel);
 

@@ -288,6 +288,15 @@ void Notifier::showProgress(const QString &title, const QString &body, double se
     m_toast.show(title, body, seconds, {});
 }
 
+void Notifier::changeProgress(const QString &title, const QString &body, double seconds)
+{
+    if (!m_showingProgress) {
+        showProgress(title, body, seconds);
+        return;
+    }
+    m_toast.changeText(title, body);
+}
+
 void Notifier::clearProgress()
 {
     if (!m_showingProgress)

@@ -72,6 +72,9 @@ public:
     // A toast that stands until the next notice replaces it (an upload or a
     // recording being finished). Every post and error clears it first.
     void showProgress(const QString &title, const QString &body, double seconds);
+    // The standing progress toast with new words, in place; a new one with
+    // `seconds` when none stands.
+    void changeProgress(const QString &title, const QString &body, double seconds);
     bool showingProgress() const { return m_showingProgress; }
     void clearProgress();
 

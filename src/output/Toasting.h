@@ -14,4 +14,7 @@ public:
     virtual void show(const QString &title, const QString &body, double seconds, std::function<void()> onClick) = 0;
     // Fades the standing notice out, if there is one.
     virtual void dismiss() = 0;
+    // New words for the standing notice, in place, with no fade and no new
+    // time; nothing when none stands. How a progress notice moves on.
+    virtual void changeText(const QString &title, const QString &body) = 0;
 };

@@ -118,3 +118,51 @@ AppSettings::SaveDirectoryAccess AppSettings::accessSaveDirectory() const
 {
     return {saveDirectoryPath(), [] {}};
 }
+
+void AppSettings::setCloudAccessKeyID(const QString &value)
+{
+    const bool differs = value != m_cloudCredentials.accessKeyID();
+    m_cloudCredentials.setAccessKeyID(value);
+    if (differs)
+        Q_EMIT changed(QStringLiteral("cloudAccessKeyID"));
+}
+
+void AppSettings::setCloudSecretAccessKey(const QString &value)
+{
+    const bool differs = value != m_cloudCredentials.secretAccessKey();
+    m_cloudCredentials.setSecretAccessKey(value);
+    if (differs)
+        Q_EMIT changed(QStringLiteral("cloudSecretAccessKey"));
+}
+
+void AppSettings::setCloudCredentials(const QString &accessKeyID, const QString &secretAccessKey)
+{
+    const bool accessKeyChanged = accessKeyID != m_cloudCredentials.accessKeyID();
+    const bool secretChanged = secretAccessKey != m_cloudCredentials.secretAccessKey();
+    m_cloudCredentials.set(accessKeyID, secretAccessKey);
+    if (accessKeyChanged)
+        Q_EMIT changed(QStringLiteral("cloudAccessKeyID"));
+    if (secretChanged)
+        Q_EMIT changed(QStringLiteral("cloudSecretAccessKey"));
+}
+
+bool AppSettings::loadCloudCredentials()
+{
+    return m_cloudCredentials.load();
+}
+
+void AppSettings::reloadCloudCredentials()
+{
+    const QString accessKeyID = m_cloudCredentials.accessKeyID();
+    const QString secret = m_cloudCredentials.secretAccessKey();
+    m_cloudCredentials.reload();
+    if (accessKeyID != m_cloudCredentials.accessKeyID())
+        Q_EMIT changed(QStringLiteral("cloudAccessKeyID"));
+    if (secret != m_cloudCredentials.secretAccessKey())
+        Q_EMIT changed(QStringLiteral("cloudSecretAccessKey"));
+}
+
+void AppSettings::useCredentialStores(CredentialFile file, CredentialKeychain &keychain)
+{
+    m_cloudCredentials.useStores(std::move(file), keychain);
+}

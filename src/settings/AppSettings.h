@@ -1,5 +1,6 @@
 #pragma once
 
+#include "settings/CloudCredentials.h"
 #include "settings/EditorShortcut.h"
 #include "settings/Hotkey.h"
 #include "settings/LoginItem.h"
@@ -109,11 +110,23 @@ public:
     void setLaunchAtLogin(bool enabled);
 
     // Cloud credentials live in their own store and are read only on demand, so
-    // that starting the application never touches them.
-    QString cloudAccessKeyID;
-    QString cloudSecretAccessKey;
-    bool cloudCredentialsLoaded = false;
-    bool cloudCredentialsDenied = false;
+    // that starting the application never touches them (CloudCredentials).
+    // Each assignment is kept at once, once they have been loaded.
+    const QString &cloudAccessKeyID() const { return m_cloudCredentials.accessKeyID(); }
+    const QString &cloudSecretAccessKey() const { return m_cloudCredentials.secretAccessKey(); }
+    void setCloudAccessKeyID(const QString &value);
+    void setCloudSecretAccessKey(const QString &value);
+    void setCloudCredentials(const QString &accessKeyID, const QString &secretAccessKey);
+    bool cloudCredentialsLoaded() const { return m_cloudCredentials.loaded(); }
+    bool cloudCredentialsDenied() const { return m_cloudCredentials.denied(); }
+    // False only when an old keyring refused to give them up; see CloudCredentials.
+    bool loadCloudCredentials();
+    // The credential file was written by another process.
+    void reloadCloudCredentials();
+    // Where the credentials are kept; by default the file in the data folder
+    // and no keyring. The keychain must outlive the settings.
+    void useCredentialStores(CredentialFile file, CredentialKeychain &keychain);
+    const CredentialFile &credentialFile() const { return m_cloudCredentials.file(); }
 
     // The recorder binding of one editor shortcut.
     Hotkey editorShortcut(EditorShortcut shortcut) const;
@@ -139,4 +152,6 @@ private:
 
     LoginItem &m_loginItem;
     bool m_launchAtLogin = false;
+    NoCredentialKeychain m_noKeychain;
+    CloudCredentials m_cloudCredentials{CredentialFile(), m_noKeychain};
 };

@@ -1,5 +1,7 @@
 #include "app/CommandLine.h"
 
+#include <QDir>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -89,10 +91,12 @@ TEST(CommandLine, DelayTakesItsSeconds)
     EXPECT_EQ(CommandLine::parse({"delay"}).error, "glimpso: usage: glimpso delay N");
 }
 
-TEST(CommandLine, OnlyHistoryAndOcrRunInProcess)
+TEST(CommandLine, OnlyHistoryCloudCredentialsAndOcrRunInProcess)
 {
     for (const CommandLine::Verb &verb : CommandLine::verbs())
-        EXPECT_EQ(verb.runsInProcess, QLatin1String(verb.name) == u"history" || QLatin1String(verb.name) == u"ocr")
+        EXPECT_EQ(verb.runsInProcess, QLatin1String(verb.name) == u"history" ||
+                                          QLatin1String(verb.name) == u"cloud-credentials" ||
+                                          QLatin1String(verb.name) == u"ocr")
             << verb.name;
 }
 
@@ -108,6 +112,38 @@ TEST(CommandLine, QuitDoesNotStartACopyButOtherVerbsDo)
 {
     EXPECT_FALSE(CommandLine::findVerb("quit")->startsApplication);
     EXPECT_TRUE(CommandLine::findVerb("settings-path")->startsApplication);
+}
+
+} // namespace
+
+namespace {
+
+TEST(CommandLine, UploadSendsTheFileAsAnAbsolutePath)
+{
+    const auto invocation = CommandLine::parse({"upload", "shots/a b.png"});
+    EXPECT_EQ(invocation.kind, Kind::sendVerb);
+    ASSERT_EQ(invocation.arguments.size(), 2);
+    EXPECT_EQ(invocation.arguments.at(1), QDir::current().absoluteFilePath("shots/a b.png"));
+    EXPECT_EQ(CommandLine::parse({"upload", "/tmp/x.png"}).arguments.at(1), "/tmp/x.png");
+}
+
+TEST(CommandLine, UploadTakesExactlyOneFile)
+{
+    EXPECT_EQ(CommandLine::parse({"upload"}).error, "glimpso: usage: glimpso upload FILE");
+    EXPECT_EQ(CommandLine::parse({"upload", "a", "b"}).kind, Kind::usageError);
+}
+
+TEST(CommandLine, UploadWaitsForTheLinkLongerThanOtherVerbs)
+{
+    EXPECT_GE(CommandLine::findVerb("upload")->answerTimeoutMs, 3600 * 1000);
+    EXPECT_TRUE(CommandLine::findVerb("upload")->startsApplication);
+}
+
+TEST(CommandLine, CloudCredentialsRunInThisProcessAndTakeNoArguments)
+{
+    EXPECT_EQ(CommandLine::parse({"cloud-credentials"}).kind, Kind::runInProcess);
+    // The secret is never an argument.
+    EXPECT_EQ(CommandLine::parse({"cloud-credentials", "key", "secret"}).kind, Kind::usageError);
 }
 
 } // namespace

@@ -279,6 +279,21 @@ TEST_F(MenuBarControllerTest, DuringARecordingTheIconIsAStopButton)
     EXPECT_EQ(menuBar().trayIcon()->contextMenu(), menuBar().menu());
 }
 
+TEST_F(MenuBarControllerTest, TheTooltipSaysWhatGlimpsoIsBusyWithUnlessARecordingRuns)
+{
+    menuBar().setActivity("Uploading 42%");
+    EXPECT_EQ(menuBar().trayIcon()->toolTip(), "glimpso — Uploading 42%");
+    recordingNow = true;
+    Q_EMIT InProcessNotices::instance().recordingChanged();
+    menuBar().setActivity("Uploading 50%");
+    EXPECT_EQ(menuBar().trayIcon()->toolTip(), "Stop recording");
+    recordingNow = false;
+    Q_EMIT InProcessNotices::instance().recordingChanged();
+    EXPECT_EQ(menuBar().trayIcon()->toolTip(), "glimpso — Uploading 50%");
+    menuBar().setActivity(QString());
+    EXPECT_EQ(menuBar().trayIcon()->toolTip(), "glimpso");
+}
+
 TEST_F(MenuBarControllerTest, DuringARecordingAClickStopsItAndOpensNoMenu)
 {
     menuBar();

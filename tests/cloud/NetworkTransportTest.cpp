@@ -226,3 +226,39 @@ TEST(NetworkTransport, WorksOnAThreadOfItsOwn)
     EXPECT_EQ(response.status, 200);
     EXPECT_EQ(server.requests.size(), 1);
 }
+
+TEST(NetworkTransport, AStopEndsTheRequestUnderWayAndEveryOneAfter)
+{
+    ScriptedServer server;
+    server.answer = [](const QByteArray &) { return QByteArray(); }; // never answers
+    NetworkTransport transport(60'000);
+    auto stop = std::make_shared<std::atomic<bool>>(false);
+    transport.setStopFlag(stop);
+    // Set from elsewhere once the request is on its way.
+    QTimer::singleShot(200, [stop] { stop->store(true); });
+    try {
+        transport.send(requestTo(server.url("/b/k"), "PUT"), "x");
+        ADD_FAILURE() << "no error";
+    } catch (const TransportError &error) {
+        EXPECT_EQ(error.text(), "The request was stopped.");
+        EXPECT_FALSE(error.timedOut());
+    }
+    EXPECT_THROW(transport.send(requestTo(server.url("/b/k"), "PUT"), "x"), TransportError);
+    EXPECT_EQ(server.requests.size(), 1);
+}
+
+TEST(NetworkTransport, ReportsTheProgressOfTheBody)
+{
+    ScriptedServer server;
+    NetworkTransport transport;
+    qint64 lastSent = 0;
+    qint64 lastTotal = 0;
+    transport.onUploadProgress = [&](qint64 sent, qint64 total) {
+        lastSent = sent;
+        lastTotal = total;
+    };
+    const QByteArray body(3 * 1024 * 1024, 'x');
+    transport.send(requestTo(server.url("/b/k"), "PUT"), body);
+    EXPECT_EQ(lastSent, body.size());
+    EXPECT_EQ(lastTotal, body.size());
+}

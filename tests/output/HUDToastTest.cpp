@@ -129,3 +129,32 @@ TEST(HUDToast, DismissWithNothingStandingDoesNothing)
 }
 
 } // namespace
+
+namespace {
+
+TEST(HUDToast, NewWordsChangeTheStandingToastInPlace)
+{
+    HUDToast toast;
+    toast.show("Uploading… 10%", "Screenshot · 1.0 MB of 10.0 MB", 60.0, {});
+    QWidget *panel = toast.panel();
+    ASSERT_NE(panel, nullptr);
+    const int narrowWidth = panel->width();
+    toast.changeText("Uploading 2 files… 55%", "2 files · 5.5 MB of 10.0 MB and a little more text");
+    EXPECT_EQ(toast.panel(), panel);
+    EXPECT_TRUE(panel->isVisible());
+    EXPECT_EQ(labelText(panel, "title"), "Uploading 2 files… 55%");
+    EXPECT_EQ(labelText(panel, "body"), "2 files · 5.5 MB of 10.0 MB and a little more text");
+    EXPECT_EQ(panel->accessibleName(), "Uploading 2 files… 55% — 2 files · 5.5 MB of 10.0 MB and a little more text");
+    EXPECT_GT(panel->width(), narrowWidth);
+    const QRect usable = QGuiApplication::primaryScreen()->availableGeometry();
+    EXPECT_EQ(panel->geometry().right(), usable.right() - HUDToast::screenMargin);
+}
+
+TEST(HUDToast, NewWordsWithNothingStandingShowNothing)
+{
+    HUDToast toast;
+    toast.changeText("Uploading… 10%", "x");
+    EXPECT_EQ(toast.panel(), nullptr);
+}
+
+} // namespace

@@ -327,6 +327,17 @@ TEST_F(NotifierTest, AnErrorClearsAStandingProgressToast)
     EXPECT_EQ(toast.dismissals, 1);
 }
 
+TEST_F(NotifierTest, ProgressMovesOnInPlaceOnceItStands)
+{
+    notifier.changeProgress("Uploading… 0%", "a.png", 600.0);
+    ASSERT_TRUE(notifier.showingProgress());
+    notifier.changeProgress("Uploading… 40%", "a.png · 4 MB of 10 MB", 600.0);
+    ASSERT_EQ(toast.shown.size(), 1);
+    EXPECT_EQ(toast.changes, 1);
+    EXPECT_EQ(toast.shown.first().title, "Uploading… 40%");
+    EXPECT_EQ(toast.shown.first().body, "a.png · 4 MB of 10 MB");
+}
+
 TEST_F(NotifierTest, APostWithoutProgressLeavesTheToastAlone)
 {
     notifier.post("Copied", "a.png", 2.0, NoticeAction::none());

@@ -73,9 +73,9 @@ TEST_F(AppSettingsTest, EmptyFileReadsEveryDefault)
     EXPECT_EQ(s->editorShortcuts(), EditorShortcuts::defaults());
     EXPECT_EQ(s->cloudProvider(), CloudProvider::none);
     EXPECT_TRUE(s->cloudEndpoint().isEmpty());
-    EXPECT_TRUE(s->cloudAccessKeyID.isEmpty());
-    EXPECT_FALSE(s->cloudCredentialsLoaded);
-    EXPECT_FALSE(s->cloudCredentialsDenied);
+    EXPECT_TRUE(s->cloudAccessKeyID().isEmpty());
+    EXPECT_FALSE(s->cloudCredentialsLoaded());
+    EXPECT_FALSE(s->cloudCredentialsDenied());
 }
 
 TEST_F(AppSettingsTest, BooleansWithoutAnotherDefaultReadFalseAndTheOthersTrue)

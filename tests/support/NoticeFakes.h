@@ -62,6 +62,15 @@ struct FakeToast : Toasting {
         shown.append({title, body, seconds, std::move(onClick)});
     }
     void dismiss() override { ++dismissals; }
+    void changeText(const QString &title, const QString &body) override
+    {
+        if (!shown.isEmpty()) {
+            shown.last().title = title;
+            shown.last().body = body;
+        }
+        ++changes;
+    }
+    int changes = 0;
 };
 
 // The desktop's openers, recorded.

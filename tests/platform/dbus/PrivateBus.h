@@ -49,6 +49,7 @@ public:
     }
 
     bool isUp() const { return !m_address.isEmpty(); }
+    const QString &address() const { return m_address; }
 
     QDBusConnection connect(const QString &name)
     {
