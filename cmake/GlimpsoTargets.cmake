@@ -64,13 +64,13 @@ function(glimpso_add_folders)
   endforeach()
 endfunction()
 
-# glimpso_fuzz_test(<name> SEEDS <dir> SOURCES <file>... [QT]): a libFuzzer
+# glimpso_fuzz_test(<name> SEEDS <dir> SOURCES <file>... [QT] [PKG <module>...]): a libFuzzer
 # target built with clang by tests/support/run-fuzzer.sh, apart from this
 # build, and run for 60 s under the label `fuzz`. Sources are relative to the
 # project root. Without clang++ the test is not registered, and the configure
 # says so.
 function(glimpso_fuzz_test name)
-  cmake_parse_arguments(FUZZ "QT" "SEEDS" "SOURCES" ${ARGN})
+  cmake_parse_arguments(FUZZ "QT" "SEEDS" "SOURCES;PKG" ${ARGN})
   find_program(GLIMPSO_CLANGXX NAMES clang++-14 clang++)
   if(NOT GLIMPSO_CLANGXX)
     message(WARNING "clang++ not found: the fuzz test ${name} is not registered")
@@ -80,6 +80,10 @@ function(glimpso_fuzz_test name)
   set(qt_flag)
   if(FUZZ_QT)
     set(qt_flag --qt)
+  endif()
+  if(FUZZ_PKG)
+    list(JOIN FUZZ_PKG " " modules)
+    list(APPEND qt_flag --pkg "${modules}")
   endif()
   add_test(NAME ${name}
     COMMAND ${PROJECT_SOURCE_DIR}/tests/support/run-fuzzer.sh ${CMAKE_CURRENT_BINARY_DIR}/${name} 60

@@ -10,6 +10,8 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # libheif is loaded when a HEIC is first written or read, so dpkg-shlibdeps,
 # which sees only linked libraries, can't find them.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "libavformat59, libheif1")
+# libtesseract is loaded at the first reading of text, with the English models.
+string(APPEND CPACK_DEBIAN_PACKAGE_DEPENDS ", libtesseract5, tesseract-ocr-eng")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 # The session bus lets copies find each other; the fonts are the faces the

@@ -3,6 +3,7 @@
 #include "acquire/DesktopSpace.h"
 #include "app/CaptureCoordinator.h"
 #include "history/HistoryStore.h"
+#include "app/CaptureLaunchTests.h"
 #include "app/CaptureVerb.h"
 #include "app/HangupNotifier.h"
 #include "app/HotkeyManager.h"
@@ -24,6 +25,10 @@
 #include "app/UploadCommands.h"
 #include "app/UploadIndicator.h"
 #include "app/WelcomeNotice.h"
+#include "app/WindowCommand.h"
+#include "acquire/WindowCapture.h"
+#include "overlay/WindowPicker.h"
+#include "recognize/TextRecognizer.h"
 #include "cloud/UploadService.h"
 #include "platform/dbus/KeychainStore.h"
 #include "appbase/InProcessNotices.h"
@@ -41,6 +46,7 @@
 #include "settings/IniSettingsStorage.h"
 
 #include <QClipboard>
+#include <QLocale>
 #include <QMenu>
 #include <QEventLoop>
 #include <QGuiApplication>
@@ -211,6 +217,10 @@ void AppDelegate::registerCommands()
     m_commands.add(QStringLiteral("text"), [this](const QStringList &arguments) {
         return runCaptureVerb(QStringList{QStringLiteral("text")} + arguments);
     });
+    m_windowCommand = std::make_unique<WindowCommand>(*m_coordinator, m_desktop.windows.get(), *m_desktop.screens,
+                                                      QCoreApplication::applicationPid());
+    m_commands.add(QStringLiteral("window"),
+                   [this](const QStringList &arguments) { return m_windowCommand->run(arguments); });
     m_commands.add(QStringLiteral("settings-path"), [this](const QStringList &) {
         return CommandRouter::Reply{0, m_storage.filePath() + u'\n', {}};
     });
@@ -263,7 +273,44 @@ void AppDelegate::buildCaptureCoordinator()
         };
         return std::make_shared<RegionSelector>(snapshots, m_settings, std::move(options), std::move(completion));
     };
+    addWindowAndTextParts(parts);
     m_coordinator = std::make_unique<CaptureCoordinator>(std::move(parts));
+}
+
+void AppDelegate::addWindowAndTextParts(CaptureCoordinator::Parts &parts)
+{
+    // The models are loaded at the first reading (or when a text capture
+    // begins) and kept.
+    m_recognizer = std::make_unique<TextRecognizer>(QLocale::system().uiLanguages());
+    qCInfo(lcAppDelegate, "text recognition languages: %s", qUtf8Printable(m_recognizer->languages()));
+    parts.prepareRecognition = [this] { m_recognizer->warmUp(); };
+    addLaunchFeature(LaunchEnvironment::Feature::testOCR, [this](const LaunchEnvironment::Request &request) {
+        CaptureLaunchTests::readText(request.value, *m_recognizer);
+    });
+    parts.recognize = [this](const QImage &image) {
+        return m_recognizer->recognize(image).then([](const TextRecognizer::Result &result) {
+            return CaptureCoordinator::RecognizedText{result.text, result.code};
+        });
+    };
+    if (!m_desktop.windows || !m_desktop.windowGrabber)
+        return;
+    m_windowPicker = std::make_unique<WindowPicker>(*m_desktop.windows, *m_desktop.capture, *m_desktop.screens,
+                                                    m_settings, QCoreApplication::applicationPid());
+    parts.pickWindow = [this](CaptureCoordinator::PickCompletion done) {
+        m_windowPicker->pick([done](const std::optional<WindowTarget> &target, Qt::KeyboardModifiers modifiers) {
+            done(target ? std::optional<std::uint32_t>(target->windowID) : std::nullopt,
+                 modifiers.testFlag(Qt::ShiftModifier));
+        });
+    };
+    parts.captureWindow = [this](std::uint32_t id, const CaptureCoordinator::WindowCaptureOptions &options,
+                                 bool afterPicker) {
+        m_desktop.windowGrabber->prepare();
+        return WindowCapture::capture(*m_desktop.windowGrabber, id, options, afterPicker);
+    };
+    addLaunchFeature(LaunchEnvironment::Feature::testWindow, [this](const LaunchEnvironment::Request &request) {
+        CaptureLaunchTests::captureWindow(request.value, request.partner, *m_desktop.windows,
+                                          *m_desktop.windowGrabber, QCoreApplication::applicationPid());
+    });
 }
 
 void AppDelegate::buildRecordingCoordinator()
@@ -315,6 +362,12 @@ void AppDelegate::buildRecordingCoordinator()
         parts.sinks[CaptureKind::gif] = logSink;
         parts.sinks[CaptureKind::video] = logSink;
     }
+    if (m_windowPicker)
+        parts.pickWindow = [this](RecordingCoordinator::WindowPickCompletion done) {
+            m_windowPicker->pick([done](const std::optional<WindowTarget> &target, Qt::KeyboardModifiers) {
+                done(target ? std::optional<QRectF>(target->frame) : std::nullopt);
+            });
+        };
     parts.isCapturing = [this] { return m_coordinator->isCapturing(); };
     parts.setCapturing = [this](bool capturing) { m_coordinator->setCapturing(capturing); };
     parts.hasCaptureAccess = [this] { return m_desktop.screens->hasCaptureAccess(); };
@@ -344,7 +397,10 @@ CommandRouter::Reply AppDelegate::runCaptureVerb(const QStringList &arguments)
         const QScreen *primary = QGuiApplication::primaryScreen();
         rect = DesktopSpace(primary ? primary->geometry() : QRect()).toGlobal(QRectF(*verb->rect));
     }
-    const EditorAction action = verb->output == CaptureVerb::Output::save ? EditorAction::save() : EditorAction::copy();
+    const bool text = verb->intent == CaptureIntent::text;
+    const EditorAction action = text                                        ? EditorAction::copyText()
+                                : verb->output == CaptureVerb::Output::save ? EditorAction::save()
+                                                                            : EditorAction::copy();
     auto selector = [rect, action](const QList<ScreenSnapshot> &snapshots, CaptureIntent,
                                    std::function<void(const RegionResult &)> completion) {
         return std::make_shared<ScriptedRegionSelector>(snapshots, rect, action, std::move(completion));
@@ -355,18 +411,31 @@ CommandRouter::Reply AppDelegate::runCaptureVerb(const QStringList &arguments)
     QEventLoop loop;
     CommandRouter::Reply reply{1, {}, QStringLiteral("glimpso: the capture did not finish")};
     const auto connection = connect(m_coordinator.get(), &CaptureCoordinator::regionFlowEnded, &loop,
-                                    [&reply, &loop](const QString &path, const QString &failure) {
-                                        if (failure.isEmpty())
-                                            reply = {0, path.isEmpty() ? QString() : path + u'\n', {}};
-                                        else
+                                    [&reply, &loop, text](const QString &path, const QString &failure) {
+                                        if (!failure.isEmpty()) {
                                             reply = {1, {}, QStringLiteral("glimpso: ") + failure};
-                                        loop.quit();
+                                            loop.quit();
+                                        } else if (!text) {
+                                            reply = {0, path.isEmpty() ? QString() : path + u'\n', {}};
+                                            loop.quit();
+                                        }
                                     });
+    // A reading answers with what it put on the clipboard.
+    const auto read = connect(m_coordinator.get(), &CaptureCoordinator::textRead, &loop,
+                              [&reply, &loop, text](const QString &copied) {
+                                  if (!text)
+                                      return;
+                                  reply = copied.isEmpty()
+                                      ? CommandRouter::Reply{1, {}, QStringLiteral("glimpso: no text found")}
+                                      : CommandRouter::Reply{0, copied + u'\n', {}};
+                                  loop.quit();
+                              });
     // Snapshots of every display, so that a rectangle across displays comes out whole.
-    m_coordinator->captureRegion(true, CaptureIntent::image, selector);
+    m_coordinator->captureRegion(true, verb->intent, selector);
     QTimer::singleShot(55000, &loop, &QEventLoop::quit);
     loop.exec();
     disconnect(connection);
+    disconnect(read);
     return reply;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/CaptureCoordinator.h"
 #include "app/CommandRouter.h"
 #include "app/DesktopBackend.h"
 #include "app/LaunchEnvironment.h"
@@ -27,7 +28,10 @@ class ShutterSound;
 class IniSettingsStorage;
 class InstanceChannel;
 class SingleInstance;
+class TextRecognizer;
 class TrayActions;
+class WindowCommand;
+class WindowPicker;
 class KeychainStore;
 class UploadCommands;
 class UploadIndicator;
@@ -68,6 +72,7 @@ private:
     void buildMenuBar();
     void registerCommands();
     void buildCaptureCoordinator();
+    void addWindowAndTextParts(CaptureCoordinator::Parts &parts);
     void buildUploads();
     void buildRecordingCoordinator();
     void recoverRecordings();
@@ -92,11 +97,14 @@ private:
     std::unique_ptr<OutputService> m_output;
     std::unique_ptr<ShutterSound> m_shutter;
     std::unique_ptr<HistoryStore> m_history;
+    std::unique_ptr<WindowPicker> m_windowPicker;
+    std::unique_ptr<TextRecognizer> m_recognizer;
     std::unique_ptr<KeychainStore> m_keychain;
     std::unique_ptr<UploadService> m_uploads;
     std::unique_ptr<UploadIndicator> m_uploadIndicator;
     std::unique_ptr<UploadCommands> m_uploadCommands;
     std::unique_ptr<CaptureCoordinator> m_coordinator;
+    std::unique_ptr<WindowCommand> m_windowCommand;
     std::unique_ptr<HotkeyManager> m_hotkeys;
     std::unique_ptr<TrayActions> m_trayActions;
     std::unique_ptr<MenuBarController> m_menuBar;

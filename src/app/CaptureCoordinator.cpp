@@ -82,6 +82,8 @@ void CaptureCoordinator::captureRegion(bool allDisplays, CaptureIntent intent, S
     }
 
     m_isCapturing = true;
+    if (intent == CaptureIntent::text && m_parts.prepareRecognition)
+        m_parts.prepareRecognition();
     rememberFrontmost(true);
     QPointer<CaptureCoordinator> self(this);
     QTimer::singleShot(0, this, [self, allDisplays, intent, selector = std::move(selector)] {
@@ -402,6 +404,7 @@ void CaptureCoordinator::copyText(const QImage &image)
             return;
         qCCritical(lcCoordinator, "text recognition failed: %s", qUtf8Printable(description));
         self->post(QStringLiteral("Couldn't read the text"), description, 2.0, NoticeAction::none());
+        Q_EMIT self->textRead({});
     };
     if (!m_parts.recognize) {
         QTimer::singleShot(0, this, [failed] { failed(QStringLiteral("Text recognition is not available.")); });
@@ -424,6 +427,7 @@ void CaptureCoordinator::copyText(const QImage &image)
                                      NoticeAction::open(code));
                       else
                           self->post(QStringLiteral("Copied code"), code, 2.0, NoticeAction::none());
+                      Q_EMIT self->textRead(code);
                   } else if (found.text) {
                       const QString text = *found.text;
                       if (parts.copyTextToClipboard)
@@ -433,9 +437,11 @@ void CaptureCoordinator::copyText(const QImage &image)
                       const int count = lineCount(text);
                       self->post(count == 1 ? QStringLiteral("Copied text") : QStringLiteral("Copied %1 lines").arg(count),
                                  firstLine(text), 2.0, NoticeAction::none());
+                      Q_EMIT self->textRead(text);
                   } else {
                       self->post(QStringLiteral("No text found"), QStringLiteral("Try a larger area or sharper text."),
                                  2.0, NoticeAction::none());
+                      Q_EMIT self->textRead({});
                   }
               })
         .onFailed(this, [failed](const std::exception &error) { failed(describe(error)); });
@@ -458,6 +464,17 @@ void CaptureCoordinator::captureRegionDelayed()
 
 void CaptureCoordinator::captureWindow()
 {
+    startWindowCapture(m_parts.pickWindow, std::nullopt, true);
+}
+
+void CaptureCoordinator::captureWindow(std::function<void(PickCompletion)> pick, std::optional<EditorAction> output)
+{
+    startWindowCapture(std::move(pick), std::move(output), false);
+}
+
+void CaptureCoordinator::startWindowCapture(std::function<void(PickCompletion)> pick,
+                                            std::optional<EditorAction> output, bool afterPicker)
+{
     if (m_parts.note)
         m_parts.note(QStringLiteral("Started a window capture"));
     if (m_isCapturing)
@@ -466,64 +483,77 @@ void CaptureCoordinator::captureWindow()
         m_parts.screens.requestCaptureAccess();
         QPointer<CaptureCoordinator> self(this);
         QTimer::singleShot(0, this, [self] {
-            if (self)
-                self->m_parts.notifier.error(AppError::consentRevoked());
+            if (!self)
+                return;
+            self->m_parts.notifier.error(AppError::consentRevoked());
+            Q_EMIT self->windowFlowEnded({}, AppError::consentRevoked().errorDescription());
         });
         return;
     }
-    if (!m_parts.pickWindow || !m_parts.captureWindow) {
+    if (!pick || !m_parts.captureWindow) {
         qCInfo(lcCoordinator, "captureWindow: no window picker in this build");
         return;
     }
     rememberFrontmost(false);
     m_isCapturing = true;
     QPointer<CaptureCoordinator> self(this);
-    m_parts.pickWindow([self](std::optional<std::uint32_t> windowID, bool shiftHeld) {
+    pick([self, afterPicker, output](std::optional<std::uint32_t> windowID, bool shiftHeld) {
+        if (self)
+            self->windowPicked(windowID, shiftHeld, afterPicker, output);
+    });
+}
+
+void CaptureCoordinator::windowPicked(std::optional<std::uint32_t> windowID, bool shiftHeld, bool afterPicker,
+                                      std::optional<EditorAction> output)
+{
+    m_isCapturing = false;
+    if (!windowID) {
+        restorePreviousFrontmost();
+        Q_EMIT windowFlowEnded({}, {});
+        return;
+    }
+    const AppSettings &settings = m_parts.settings;
+    WindowCaptureOptions options;
+    const QColor colour = HexColor::parse(settings.windowBackgroundHex()).value_or(QColor(Qt::white));
+    // Shift at the click swaps a transparent and a coloured background for
+    // this one capture.
+    if ((!shiftHeld) != settings.windowTransparent())
+        options.background = colour;
+    options.padding = settings.windowPadding();
+    options.shadow = settings.windowShadow();
+    const std::uint32_t id = *windowID;
+    QPointer<CaptureCoordinator> self(this);
+    QTimer::singleShot(0, this, [self, id, options, afterPicker, output] {
         if (!self)
             return;
-        self->m_isCapturing = false;
-        if (!windowID) {
-            self->restorePreviousFrontmost();
-            return;
-        }
-        const AppSettings &settings = self->m_parts.settings;
-        WindowCaptureOptions options;
-        const QColor colour = HexColor::parse(settings.windowBackgroundHex()).value_or(QColor(Qt::white));
-        // Shift at the click swaps a transparent and a coloured background
-        // for this one capture.
-        if ((!shiftHeld) != settings.windowTransparent())
-            options.background = colour;
-        options.padding = settings.windowPadding();
-        options.shadow = settings.windowShadow();
-        const std::uint32_t id = *windowID;
-        QTimer::singleShot(0, self.data(), [self, id, options] {
+        const auto fail = [self](const std::exception &error) {
             if (!self)
                 return;
-            const auto fail = [self](const std::exception &error) {
-                if (!self)
-                    return;
-                qCCritical(lcCoordinator, "window capture failed: %s", qUtf8Printable(describe(error)));
-                self->restorePreviousFrontmost();
-                self->m_parts.notifier.error(asAppError(error));
-            };
-            self->m_parts.captureWindow(id, options)
-                .then(self.data(),
-                      [self, fail](const RegionCompositor::Composed &shot) {
-                          if (!self)
-                              return;
-                          if (self->m_parts.settings.editMode() == EditMode::afterCapture) {
-                              self->openEditor(shot.image, shot.scale);
-                              return;
-                          }
-                          self->restorePreviousFrontmost();
-                          self->dispatch(EditorAction::copy(), shot.image, shot.scale)
-                              .onFailed(self.data(), [fail](const std::exception &error) {
-                                  fail(error);
-                                  return std::optional<QString>();
-                              });
-                      })
-                .onFailed(self.data(), [fail](const std::exception &error) { fail(error); });
-        });
+            qCCritical(lcCoordinator, "window capture failed: %s", qUtf8Printable(describe(error)));
+            self->restorePreviousFrontmost();
+            self->m_parts.notifier.error(asAppError(error));
+            Q_EMIT self->windowFlowEnded({}, describe(error));
+        };
+        self->m_parts.captureWindow(id, options, afterPicker)
+            .then(self.data(),
+                  [self, fail, output](const RegionCompositor::Composed &shot) {
+                      if (!self)
+                          return;
+                      if (!output && self->m_parts.settings.editMode() == EditMode::afterCapture) {
+                          self->openEditor(shot.image, shot.scale);
+                          Q_EMIT self->windowFlowEnded({}, {});
+                          return;
+                      }
+                      self->restorePreviousFrontmost();
+                      self->dispatch(output.value_or(EditorAction::copy()), shot.image, shot.scale)
+                          .then(self.data(),
+                                [self](const std::optional<QString> &path) {
+                                    if (self)
+                                        Q_EMIT self->windowFlowEnded(path.value_or(QString()), {});
+                                })
+                          .onFailed(self.data(), [fail](const std::exception &error) { fail(error); });
+                  })
+            .onFailed(self.data(), [fail](const std::exception &error) { fail(error); });
     });
 }
 

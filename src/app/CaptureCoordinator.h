@@ -8,6 +8,7 @@
 #include "acquire/ScreenList.h"
 #include "app/EditorWindow.h"
 #include "acquire/RegionSelecting.h"
+#include "acquire/WindowCapture.h"
 #include "appbase/CaptureIntent.h"
 
 #include <QColor>
@@ -42,11 +43,7 @@ public:
         std::optional<QString> code;
     };
     // How a picked window is drawn.
-    struct WindowCaptureOptions {
-        std::optional<QColor> background; // absent: transparent around the window
-        double padding = 0;
-        bool shadow = true;
-    };
+    using WindowCaptureOptions = WindowCapture::Options;
 
     using SelectorFactory = std::function<std::shared_ptr<RegionSelecting>(
         const QList<ScreenSnapshot> &snapshots, CaptureIntent intent, std::function<void(const RegionResult &)>)>;
@@ -73,8 +70,14 @@ public:
         SelectorFactory makeSelector;
         EditorFactory makeEditor;
         std::function<void(PickCompletion)> pickWindow;
-        std::function<QFuture<RegionCompositor::Composed>(std::uint32_t, const WindowCaptureOptions &)> captureWindow;
+        // The window's picture on its background; `afterPicker`: the picker
+        // lay over the window a moment ago.
+        std::function<QFuture<RegionCompositor::Composed>(std::uint32_t, const WindowCaptureOptions &, bool afterPicker)>
+            captureWindow;
         std::function<QFuture<RecognizedText>(const QImage &)> recognize;
+        // A text capture has begun: the reader may get ready while the user
+        // drags.
+        std::function<void()> prepareRecognition;
         // Uploads and returns the public link. `savedPath` is the capture's
         // file just written: when it is the picture's PNG, its bytes serve
         // as they are, and the picture is not encoded a second time.
@@ -108,6 +111,10 @@ public:
     void captureRegion(bool allDisplays, CaptureIntent intent, SelectorFactory selector);
     void captureRegionDelayed();
     void captureWindow();
+    // The same flow with the window chosen by `pick` instead of the picker
+    // (the command line names it), and, when given, this output instead of
+    // the one the settings choose.
+    void captureWindow(std::function<void(PickCompletion)> pick, std::optional<EditorAction> output);
     void openEditor(const QImage &image, double scale);
 
     // Output of a finished picture; the saved file's path when there is one.
@@ -124,6 +131,12 @@ Q_SIGNALS:
     // A region session's output is done: the file written, if any, or the
     // text of the error that ended it. Also after a cancel or a failed start.
     void regionFlowEnded(const QString &savedPath, const QString &errorText);
+    // The same for a window capture: the file written, if any, or the text of
+    // the error; also when the pick was left (both empty).
+    void windowFlowEnded(const QString &savedPath, const QString &errorText);
+    // A reading of text is over: what went to the clipboard (the code, or the
+    // text), empty when nothing was found or the reading failed.
+    void textRead(const QString &copied);
 
 private:
     void startRegionTask(bool allDisplays, CaptureIntent intent, SelectorFactory selector);
@@ -134,6 +147,10 @@ private:
     void dropSelector();
     void regionCompleted(const RegionResult &result, CaptureIntent intent);
     void copyText(const QImage &image);
+    void startWindowCapture(std::function<void(PickCompletion)> pick, std::optional<EditorAction> output,
+                            bool afterPicker);
+    void windowPicked(std::optional<std::uint32_t> windowID, bool shiftHeld, bool afterPicker,
+                      std::optional<EditorAction> output);
     void rememberFrontmost(bool logIt);
     void restorePreviousFrontmost();
     void post(const QString &title, const QString &body, double duration, const NoticeAction &action);

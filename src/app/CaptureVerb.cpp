@@ -31,10 +31,17 @@ std::optional<CaptureVerb> CaptureVerb::parse(const QStringList &arguments, QStr
     CaptureVerb verb;
     verb.allDisplays = arguments.first() == u"all";
     if (arguments.first() == u"text") {
-        if (arguments.size() > 1)
-            return fail(QStringLiteral("glimpso: unknown option '%1'").arg(arguments.at(1)));
-        verb.interactive = true;
         verb.intent = CaptureIntent::text;
+        verb.interactive = arguments.size() == 1;
+        if (verb.interactive)
+            return verb;
+        if (arguments.at(1) != u"--rect")
+            return fail(QStringLiteral("glimpso: unknown option '%1'").arg(arguments.at(1)));
+        if (arguments.size() != 3)
+            return fail(QStringLiteral("glimpso: --rect needs a rectangle such as 640x120+0+0"));
+        verb.rect = parseGeometry(arguments.at(2));
+        if (!verb.rect)
+            return fail(QStringLiteral("glimpso: '%1' is not a rectangle such as 640x120+0+0").arg(arguments.at(2)));
         return verb;
     }
     bool outputChosen = false;

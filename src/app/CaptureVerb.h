@@ -14,6 +14,7 @@
 //   glimpso all                                      the overlay on every display
 //   glimpso all --copy | --save                      every display whole, no overlay
 //   glimpso text                                     the overlay, reading the text of the area
+//   glimpso text --rect WxH+X+Y                      the text of those pixels, no overlay
 // The rectangle is in Qt's desktop pixels, y down, in X11's geometry form.
 struct CaptureVerb {
     enum class Output { copy, save };

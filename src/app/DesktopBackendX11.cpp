@@ -4,6 +4,8 @@
 #include "platform/x11/X11FocusKeeper.h"
 #include "platform/x11/X11KeyGrabber.h"
 #include "platform/x11/X11ScreenList.h"
+#include "platform/x11/X11WindowGrabber.h"
+#include "platform/x11/X11WindowList.h"
 #include "settings/NullKeyGrabber.h"
 
 #include <QGuiApplication>
@@ -22,7 +24,11 @@ DesktopBackend DesktopBackend::load()
             if (const std::optional<QRect> rect = X11ScreenList::rootPixels(*screen.displayID))
                 rects << *rect;
     capture->prepare(rects);
+    CaptureService *service = capture.get();
     backend.capture = std::move(capture);
+    backend.windows = std::make_unique<X11WindowList>();
+    backend.windowGrabber =
+        std::make_unique<X11WindowGrabber>(QByteArray(), [service](const QRect &rect) { return service->grab(rect); });
     backend.focus = std::make_unique<X11FocusKeeper>();
     // Grabs on an X server only reach the desktop when the desktop is that
     // server; under Wayland's X11 bridge they would see X11 windows only.

@@ -18,6 +18,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -72,17 +73,17 @@ std::optional<int> answerThroughRunningCopy(int argc, char **argv)
     return outcome.exitCode;
 }
 
-// The application lies at the same place relative to this program in the
-// build tree and wherever it is installed.
-std::string applicationPath()
+// The application (and the reader of pictures) lie at the same place
+// relative to this program in the build tree and wherever it is installed.
+std::string besideThisProgram(const char *relativePath)
 {
     char self[PATH_MAX];
     const ssize_t length = ::readlink("/proc/self/exe", self, sizeof self - 1);
     if (length <= 0)
-        return GLIMPSO_APPLICATION_PATH;
+        return relativePath;
     std::string folder(self, size_t(length));
     folder.erase(folder.rfind('/') + 1);
-    return folder + GLIMPSO_APPLICATION_PATH;
+    return folder + relativePath;
 }
 
 } // namespace
@@ -93,7 +94,15 @@ int main(int argc, char **argv)
         return listHistory(argc, argv);
     if (const std::optional<int> answered = answerThroughRunningCopy(argc, argv))
         return *answered;
-    const std::string application = applicationPath();
+    // Reading a picture needs neither the application nor a running copy.
+    const bool reading = argc >= 2 && std::strcmp(argv[1], "ocr") == 0;
+    const std::string application = besideThisProgram(reading ? GLIMPSO_OCR_PATH : GLIMPSO_APPLICATION_PATH);
+    // One reading runs beside the code reader: the engine's OpenMP threads,
+    // spinning on a busy desktop, would cost more than they bring. The
+    // runtime reads this as it loads, so before the program starts; a limit
+    // the user set stays.
+    if (reading)
+        ::setenv("OMP_THREAD_LIMIT", "1", 0);
     ::execv(application.c_str(), argv);
     std::fprintf(stderr, "glimpso: cannot start %s: %s\n", application.c_str(), std::strerror(errno));
     return 127;

@@ -8,6 +8,7 @@
 #include "appbase/Logging.h"
 #include "appbase/SingleInstance.h"
 #include "platform/desktop/XdgAutostartLoginItem.h"
+#include "recognize/OcrCommand.h"
 #include "settings/AppSettings.h"
 #include "settings/IniSettingsStorage.h"
 
@@ -57,6 +58,14 @@ int sendVerb(int argc, char **argv, const QStringList &arguments)
 // Verbs that only read or write what is on disk: no running copy, no display.
 int runInProcess(int argc, char **argv, const QStringList &arguments)
 {
+    if (arguments.first() == u"ocr") {
+        Logging::setUp(Logging::Audience::commandLine);
+        QCoreApplication app(argc, argv);
+        const OcrCommand::Outcome outcome = OcrCommand::run(arguments.mid(1));
+        ConsoleText::print(stdout, outcome.output);
+        ConsoleText::print(stderr, outcome.error);
+        return outcome.exitCode;
+    }
     if (arguments.first() == u"cloud-credentials")
         return CloudCredentialsCommand::runProgram(argc, argv);
     return HistoryListingProgram::run(argc, argv, arguments.mid(1));

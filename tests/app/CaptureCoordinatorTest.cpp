@@ -168,15 +168,21 @@ protected:
             parts.copyTextToClipboard = [this](const QString &text) { clipboardTexts << text; };
             parts.after = [this](qint64 seconds, std::function<void()> fire) { delayed.append({seconds, fire}); };
             parts.pickWindow = [this](CaptureCoordinator::PickCompletion completion) { picks << completion; };
-            parts.captureWindow = [this](std::uint32_t id, const CaptureCoordinator::WindowCaptureOptions &options) {
+            parts.prepareRecognition = [this] { ++recognitionPreparations; };
+            parts.captureWindow = [this](std::uint32_t id, const CaptureCoordinator::WindowCaptureOptions &options,
+                                         bool afterPicker) {
                 windowOptions << options;
-                Q_UNUSED(id)
+                windowCaptures << qMakePair(id, afterPicker);
                 return QtFuture::makeReadyFuture(RegionCompositor::Composed{solid(QSize(8, 6), qRgb(9, 9, 9)), 1.0});
             };
             parts.keepCaptureMemoryMs = keepMemoryMs;
             m_coordinator = std::make_unique<CaptureCoordinator>(std::move(parts));
             QObject::connect(m_coordinator.get(), &CaptureCoordinator::regionFlowEnded,
                              [this](const QString &path, const QString &error) { ended << qMakePair(path, error); });
+            QObject::connect(m_coordinator.get(), &CaptureCoordinator::windowFlowEnded,
+                             [this](const QString &path, const QString &error) { windowEnded << qMakePair(path, error); });
+            QObject::connect(m_coordinator.get(), &CaptureCoordinator::textRead,
+                             [this](const QString &copied) { textsRead << copied; });
         }
         return *m_coordinator;
     }
@@ -214,7 +220,11 @@ protected:
     QList<QPair<qint64, std::function<void()>>> delayed;
     QList<CaptureCoordinator::PickCompletion> picks;
     QList<CaptureCoordinator::WindowCaptureOptions> windowOptions;
+    QList<QPair<std::uint32_t, bool>> windowCaptures;
     QList<QPair<QString, QString>> ended;
+    QList<QPair<QString, QString>> windowEnded;
+    QStringList textsRead;
+    int recognitionPreparations = 0;
     std::unique_ptr<CaptureCoordinator> m_coordinator;
 };
 
@@ -628,4 +638,60 @@ TEST_F(CaptureCoordinatorTest, ALeftWindowPickHandsTheFocusBack)
     picks[0](std::nullopt, false);
     EXPECT_FALSE(coordinator().isCapturing());
     EXPECT_EQ(focus.activated.size(), 1);
+}
+
+TEST_F(CaptureCoordinatorTest, ATextCaptureGetsTheReaderReadyWhileTheUserDrags)
+{
+    startOverlay(false, CaptureIntent::image);
+    EXPECT_EQ(recognitionPreparations, 0);
+    selectors.last()->finish(RegionResult::cancelled());
+    startOverlay(false, CaptureIntent::text);
+    EXPECT_EQ(recognitionPreparations, 1);
+}
+
+TEST_F(CaptureCoordinatorTest, AReadingSaysWhatItCopiedOrThatItFoundNothing)
+{
+    recognition.text = QStringLiteral("Total: $1,249.99");
+    FakeSelector &selector = startOverlay(true, CaptureIntent::text);
+    selector.finish(RegionResult::area(QRectF(0, 0, 50, 50), selector.snapshots));
+    ASSERT_TRUE(waitUntil([&] { return textsRead.size() == 1; }));
+    EXPECT_EQ(textsRead[0], "Total: $1,249.99");
+
+    recognition = {};
+    FakeSelector &again = startOverlay(true, CaptureIntent::text);
+    again.finish(RegionResult::area(QRectF(0, 0, 50, 50), again.snapshots));
+    ASSERT_TRUE(waitUntil([&] { return textsRead.size() == 2; }));
+    EXPECT_EQ(textsRead[1], "");
+    EXPECT_EQ(notifier.notices.last().title, "No text found");
+}
+
+TEST_F(CaptureCoordinatorTest, AWindowNamedByTheCommandLineGoesStraightToItsOutput)
+{
+    settings.editMode.set(EditMode::afterCapture);
+    coordinator().captureWindow([](CaptureCoordinator::PickCompletion done) { done(0x4200007u, false); },
+                                EditorAction::save());
+    ASSERT_TRUE(waitUntil([&] { return windowEnded.size() == 1; }));
+    EXPECT_EQ(windowCaptures, (QList<QPair<std::uint32_t, bool>>{{0x4200007u, false}}));
+    // Saved although the settings would open the editor.
+    EXPECT_TRUE(editors.isEmpty());
+    EXPECT_TRUE(windowEnded[0].second.isEmpty()) << windowEnded[0].second.toStdString();
+    EXPECT_TRUE(windowEnded[0].first.endsWith(".png")) << windowEnded[0].first.toStdString();
+    EXPECT_EQ(historyFiles, QStringList{windowEnded[0].first});
+    EXPECT_FALSE(coordinator().isCapturing());
+}
+
+TEST_F(CaptureCoordinatorTest, APickedWindowIsCapturedAsJustUncovered)
+{
+    coordinator().captureWindow();
+    picks[0](0x500001u, false);
+    ASSERT_TRUE(waitUntil([&] { return windowEnded.size() == 1; }));
+    EXPECT_EQ(windowCaptures, (QList<QPair<std::uint32_t, bool>>{{0x500001u, true}}));
+}
+
+TEST_F(CaptureCoordinatorTest, ALeftPickEndsTheWindowFlowWithNothing)
+{
+    coordinator().captureWindow();
+    picks[0](std::nullopt, false);
+    ASSERT_EQ(windowEnded.size(), 1);
+    EXPECT_EQ(windowEnded[0], qMakePair(QString(), QString()));
 }

@@ -77,3 +77,19 @@ TEST(CaptureVerb, NonsenseIsExplained)
     EXPECT_FALSE(CaptureVerb::parse({"text", "--copy"}, &error));
     EXPECT_TRUE(error.contains("unknown option '--copy'"));
 }
+
+TEST(CaptureVerb, TextWithARectangleReadsThosePixelsWithoutTheOverlay)
+{
+    QString error;
+    const auto verb = CaptureVerb::parse({"text", "--rect", "640x120+10+20"}, &error);
+    ASSERT_TRUE(verb) << error.toStdString();
+    EXPECT_FALSE(verb->interactive);
+    EXPECT_EQ(verb->intent, CaptureIntent::text);
+    EXPECT_EQ(verb->rect, QRect(10, 20, 640, 120));
+    EXPECT_FALSE(CaptureVerb::parse({"text", "--rect"}, &error));
+    EXPECT_EQ(error, "glimpso: --rect needs a rectangle such as 640x120+0+0");
+    EXPECT_FALSE(CaptureVerb::parse({"text", "--rect", "wide"}, &error));
+    EXPECT_EQ(error, "glimpso: 'wide' is not a rectangle such as 640x120+0+0");
+    EXPECT_FALSE(CaptureVerb::parse({"text", "--save"}, &error));
+    EXPECT_EQ(error, "glimpso: unknown option '--save'");
+}

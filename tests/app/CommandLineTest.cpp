@@ -91,12 +91,21 @@ TEST(CommandLine, DelayTakesItsSeconds)
     EXPECT_EQ(CommandLine::parse({"delay"}).error, "glimpso: usage: glimpso delay N");
 }
 
-TEST(CommandLine, OnlyHistoryAndCloudCredentialsRunInProcess)
+TEST(CommandLine, OnlyHistoryCloudCredentialsAndOcrRunInProcess)
 {
     for (const CommandLine::Verb &verb : CommandLine::verbs())
-        EXPECT_EQ(verb.runsInProcess,
-                  QLatin1String(verb.name) == u"history" || QLatin1String(verb.name) == u"cloud-credentials")
+        EXPECT_EQ(verb.runsInProcess, QLatin1String(verb.name) == u"history" ||
+                                          QLatin1String(verb.name) == u"cloud-credentials" ||
+                                          QLatin1String(verb.name) == u"ocr")
             << verb.name;
+}
+
+TEST(CommandLine, OcrReadsAFileWithoutARunningCopy)
+{
+    const auto invocation = CommandLine::parse({"ocr", "shot.png", "--json"});
+    EXPECT_EQ(invocation.kind, Kind::runInProcess);
+    EXPECT_FALSE(CommandLine::findVerb("ocr")->startsApplication);
+    EXPECT_EQ(CommandLine::parse({"ocr"}).error, "glimpso: usage: glimpso ocr FILE [--json]");
 }
 
 TEST(CommandLine, QuitDoesNotStartACopyButOtherVerbsDo)

@@ -63,7 +63,7 @@ struct TrayActionsTest : ::testing::Test {
             parts.after = [this](qint64 seconds, std::function<void()>) { delays << seconds; };
             if (withPicker) {
                 parts.pickWindow = [this](CaptureCoordinator::PickCompletion) { ++picks; };
-                parts.captureWindow = [](std::uint32_t, const CaptureCoordinator::WindowCaptureOptions &) {
+                parts.captureWindow = [](std::uint32_t, const CaptureCoordinator::WindowCaptureOptions &, bool) {
                     return QtFuture::makeReadyFuture(RegionCompositor::Composed{});
                 };
             }

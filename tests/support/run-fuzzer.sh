@@ -2,7 +2,8 @@
 # Builds a libFuzzer target with clang, apart from the main build (which uses
 # g++), and runs it for a fixed time from a fixed seed corpus. ctest runs this
 # through glimpso_fuzz_test().
-#   run-fuzzer.sh WORK_DIR SECONDS SEED_DIR NAME [--qt] SOURCE...
+#   run-fuzzer.sh WORK_DIR SECONDS SEED_DIR NAME [--qt] [--pkg "MODULE..."] SOURCE...
+# --pkg adds pkg-config modules (not instrumented), e.g. "Qt6Gui".
 # A source's own header (same name, .h) also counts when deciding to rebuild.
 set -euo pipefail
 work=$(mkdir -p "$1" && cd "$1" && pwd)
@@ -12,6 +13,8 @@ name=$4
 shift 4
 with_qt=0
 if [ "${1:-}" = --qt ]; then with_qt=1; shift; fi
+modules=""
+if [ "${1:-}" = --pkg ]; then modules=$2; shift 2; fi
 sources=("$@")
 clang=${CLANGXX:-clang++-14}
 root=$(cd "$(dirname "$0")/../.." && pwd)
@@ -31,6 +34,12 @@ if [ ! -x "$binary" ] || [ -n "$(find "${watched[@]}" -newer "$binary")" ]; then
     flags+=(-fPIC -DQT_USE_QSTRINGBUILDER -DQT_NO_KEYWORDS $(pkg-config --cflags Qt6Core))
     # shellcheck disable=SC2207
     libs=($(pkg-config --libs Qt6Core))
+  fi
+  if [ -n "$modules" ]; then
+    # shellcheck disable=SC2207,SC2086
+    flags+=(-fPIC $(pkg-config --cflags $modules))
+    # shellcheck disable=SC2207,SC2086
+    libs+=($(pkg-config --libs $modules))
   fi
   "$clang" "${flags[@]}" "${sources[@]}" "${libs[@]}" -o "$binary"
 fi
