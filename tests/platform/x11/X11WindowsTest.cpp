@@ -39,7 +39,7 @@ public:
     xcb_atom_t atom(const char *name)
     {
         auto *reply = xcb_intern_atom_reply(m_c, xcb_intern_atom(m_c, 0, std::uint16_t(std::strlen(name)), name), nullptr);
-        const xcb_atom_t result = reply ? reply->atom : XCB_ATOM_NONE;
+        const xcb_atom_t result = reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
         std::free(reply);
         return result;
     }
@@ -272,8 +272,9 @@ TEST_F(X11Windows, AWindowPartlyOffScreenKeepsItsSizeWithTheHiddenPartTransparen
     const WindowGrabbing::Shot shot = grabber->grab(window, false);
     EXPECT_EQ(shot.image.size(), QSize(100, 50));
     EXPECT_EQ(shot.image.pixel(60, 20), qRgb(0x10, 0xc0, 0x10));
-    if (grabber->lastRoute() == X11WindowGrabber::Route::screenCut)
+    if (grabber->lastRoute() == X11WindowGrabber::Route::screenCut) {
         EXPECT_EQ(qAlpha(shot.image.pixel(10, 20)), 0);
+    }
 }
 
 TEST_F(X11Windows, AWindowThatIsGoneFailsWithItsOwnText)
